@@ -1,0 +1,39 @@
+# How everything of ours is compiled: the language, the warnings, ccache and the instrumented builds.
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Kind of build" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+# Linked privately into each of our targets, so that a project which includes this one keeps its own
+# warnings and instrumentation.
+add_library(korvat_compiling INTERFACE)
+target_compile_options(korvat_compiling INTERFACE -Wall -Wextra -Wconversion)
+target_compile_definitions(korvat_compiling INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
+
+if(KORVAT_WERROR)
+  target_compile_options(korvat_compiling INTERFACE -Werror)
+endif()
+
+if(KORVAT_SANITIZE)
+  set(sanitizeFlags -fsanitize=${KORVAT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+    list(APPEND sanitizeFlags -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizers.ignore)
+  endif()
+  target_compile_options(korvat_compiling INTERFACE ${sanitizeFlags})
+  target_link_options(korvat_compiling INTERFACE ${sanitizeFlags})
+endif()
+
+if(KORVAT_COVERAGE)
+  target_compile_options(korvat_compiling INTERFACE --coverage)
+  target_link_options(korvat_compiling INTERFACE --coverage)
+endif()
