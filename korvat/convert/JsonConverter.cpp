@@ -1,0 +1,350 @@
+#include "korvat/convert/JsonConverter.h"
+
+#include <algorithm>
+#include <array>
+#include <boost/bind/bind.hpp>
+#include <cstring>
+
+#include "korvat/base/BinaryUtils.h"
+#include "korvat/base/Logger.h"
+#include "korvat/base/StringUtils.h"
+#include "korvat/members/MemAggregate.h"
+#include "korvat/members/MemBitfield.h"
+#include "korvat/members/MemEnum.h"
+#include "korvat/members/MemFloat.h"
+#include "korvat/members/MemScalar.h"
+#include "korvat/members/RawCodec.h"
+#include "korvat/members/RawText.h"
+#include "korvat/types/EnumType.h"
+#include "korvat/types/TypeManager.h"
+#include "korvat/types/VarType.h"
+
+namespace zavri::korvat {
+
+using base::Buffer;
+using base::CharEncoding;
+using base::Logger;
+
+namespace {
+
+const std::string kInvalidKeyword = "invalid";
+
+// The bytes of the field at the context's position; zeros when it reaches beyond the buffer.
+std::array<std::uint8_t, 8> readRaw(const Member::Context& context, const Buffer& buffer,
+                                    unsigned byteCount) {
+  std::array<std::uint8_t, 8> bytes{};
+  const unsigned size = buffer.getSize();
+  if (context.bytePos <= size && byteCount <= size - context.bytePos) {
+    std::memcpy(bytes.data(), buffer.getData() + context.bytePos, byteCount);
+  }
+  return bytes;
+}
+
+// An integer of a base type as a JSON integer of the same width and sign.
+void setInteger(json::Value& target, NcType ncType, std::int64_t raw) {
+  switch (ncType) {
+    case NcType::SignedChar:
+    case NcType::SignedShort:
+      return target.setValue(static_cast<std::int8_t>(raw));
+    case NcType::UnsignedLong:
+      return target.setValue(static_cast<std::uint16_t>(raw));
+    case NcType::SignedLong:
+      return target.setValue(static_cast<std::int16_t>(raw));
+    case NcType::UnsignedQuad:
+      return target.setValue(static_cast<std::uint32_t>(raw));
+    case NcType::SignedQuad:
+      return target.setValue(static_cast<std::int32_t>(raw));
+    case NcType::UnsignedChar:
+    case NcType::UnsignedShort:
+    case NcType::None:
+    case NcType::Float:
+    case NcType::Double:
+    case NcType::Reserved:
+      break;
+  }
+  target.setValue(static_cast<std::uint8_t>(raw));
+}
+
+CharEncoding encodingOfWidth(std::int32_t byteCount) {
+  if (byteCount == 2) return CharEncoding::Utf16;
+  return byteCount == 4 ? CharEncoding::Utf32 : CharEncoding::Utf8;
+}
+
+// Bytes per character that an item of char_encoding_t stands for, -1 for none.
+std::int32_t widthOfCharEncoding(std::int8_t value) {
+  switch (value) {
+    case 0:
+      return 1;
+    case 1:
+    case 3:
+    case 4:
+      return 2;
+    case 2:
+      return 4;
+    default:
+      return -1;
+  }
+}
+
+void describeStack(const JsonConverter::Stack& stack, std::string& text) {
+  for (const JsonConverter::StackItem& item : stack) {
+    if (item.name != nullptr && !item.name->empty()) {
+      if (!text.empty()) text += '.';
+      text += *item.name;
+    } else if (item.index >= 0) {
+      text += '[' + std::to_string(item.index) + ']';
+    }
+  }
+}
+
+}  // namespace
+
+JsonConverter::JsonConverter(TypeManager* typeManager, const VarType& type,
+                             base::Endianess endianess, bool allowSeveralUnionMembers)
+    : _typeManager(typeManager),
+      _type(&type),
+      _endianess(endianess),
+      _allowSeveralUnionMembers(allowSeveralUnionMembers) {}
+
+bool JsonConverter::rawToJson(const Buffer& buffer, json::Value& value) {
+  value.clear();
+  if (_type->getMember() == nullptr) return false;
+
+  using namespace boost::placeholders;
+  Stack stack{{nullptr, -1, &value}};
+  Member::Context context(_typeManager, buffer, _allowSeveralUnionMembers);
+  context.describePlace = boost::bind(&describeStack, boost::cref(stack), _1);
+  const bool isWalked = _type->getMember()->traverse(
+      context,
+      boost::bind(&JsonConverter::toJson, this, _1, _2, boost::cref(buffer), boost::ref(stack)),
+      boost::bind(&JsonConverter::toJsonStructEnd, this, _1, _2, boost::cref(buffer),
+                  boost::ref(stack)));
+  return isWalked && !context.hasFailed;
+}
+
+bool JsonConverter::toJson(Member::Context& context, const Member& member, const Buffer& buffer,
+                           Stack& stack) {
+  if (stack.empty() || context.hasFailed) return false;
+  if (base::isLogged(Logger::Trace)) {
+    Logger::trace("[JsonConverter::toJson] stack-size=%ld depth=%ld %s\n",
+                  static_cast<long>(stack.size()), static_cast<long>(context.depth),
+                  Member::getKindName(member.getKind()));
+  }
+  const auto depth = static_cast<std::size_t>(context.depth);
+  while (depth != 0 && depth < stack.size()) stack.pop_back();
+  Logger::trace("[JsonConverter::toJson] stack-size=%ld\n", static_cast<long>(stack.size()));
+
+  const std::string& key =
+      context.pendingName != nullptr ? *context.pendingName : member.getProgName();
+  context.pendingName = nullptr;
+  json::Value* parent = stack.back().value;
+  if (parent == nullptr) return false;
+  context.stringDone =
+      context.depth != 0 && parent->isString() && (context.arrayIndex >= 0 || member.isArray());
+  if (context.stringDone) return true;
+  json::Value* target = &findTarget(context, key, *parent, stack);
+
+  const bool followsCharSet = context.isCharSetSelected;
+  context.isCharSetSelected = member.isCharSet();
+  if (member.isArray() && context.arrayIndex < 0) {
+    context.isCharSetSelected = followsCharSet;
+    writeArray(context, member, buffer, *target);
+    return true;
+  }
+  switch (member.getKind()) {
+    case Member::Kind::Ref:
+      context.pendingName = &key;
+      return true;
+    case Member::Kind::Aggregate:
+      target->switchType(json::JsonType::Object);
+      return true;
+    case Member::Kind::Float:
+      writeFloat(context, static_cast<const MemFloat&>(member), buffer, *target);
+      return true;
+    case Member::Kind::Scalar:
+      writeScalar(context, static_cast<const MemScalar&>(member), buffer, *target);
+      return true;
+    case Member::Kind::Bitfield:
+      writeBitfield(context, static_cast<const MemBitfield&>(member), buffer, *target);
+      return true;
+    case Member::Kind::Enum:
+      writeEnum(context, static_cast<const MemEnum&>(member), buffer, *target);
+      return true;
+    case Member::Kind::Invalid:
+      break;
+  }
+  return false;
+}
+
+// The node that the member fills, made in its parent and put on the stack.
+json::Value& JsonConverter::findTarget(Member::Context& context, const std::string& key,
+                                       json::Value& parent, Stack& stack) const {
+  if (context.depth == 0) return parent;  // the root fills the caller's node
+  if (context.arrayIndex >= 0) {
+    json::Value& element = parent[static_cast<unsigned>(context.arrayIndex)];
+    stack.push_back({nullptr, context.arrayIndex, &element});
+    return element;
+  }
+  if (parent.isNull()) {
+    // The root of a type that an array element refers to: it fills the element itself.
+    context.depth -= 1;
+    return parent;
+  }
+  json::Value& child = parent[key];
+  stack.push_back({&key, -1, &child});
+  return child;
+}
+
+void JsonConverter::writeArray(Member::Context& context, const Member& member, const Buffer& buffer,
+                               json::Value& target) const {
+  if (member.getKind() == Member::Kind::Scalar) {
+    const auto& scalar = static_cast<const MemScalar&>(member);
+    const TextRule rule = takeTextRule(context, scalar);
+    if (rule.isText) {
+      const std::uint64_t size = buffer.getSize();
+      const std::uint64_t start = std::uint64_t{context.bytePos} + (context.bitOffset != 0 ? 1 : 0);
+      const std::uint64_t wanted = std::uint64_t{context.elementCount} * scalar.getByteCount();
+      const std::uint64_t byteCount = start >= size ? 0 : std::min(wanted, size - start);
+      const std::uint8_t* bytes = byteCount == 0 ? nullptr : buffer.getData() + start;
+      target.setValue(readText(bytes, static_cast<unsigned>(byteCount), rule.encoding, _endianess));
+      return;
+    }
+  }
+  target.switchType(json::JsonType::Array);
+}
+
+// Whether an array of integers is text, and in which encoding. Its base type says so ("char"), or
+// the width of its elements is the one that a character encoding before it selected, or it comes
+// right after a "char_set". The first array that takes a selection uses it up.
+JsonConverter::TextRule JsonConverter::takeTextRule(Member::Context& context,
+                                                    const MemScalar& member) const {
+  const bool isChar =
+      member.getNcType() == NcType::UnsignedChar || member.getNcType() == NcType::SignedChar;
+  const auto width = static_cast<std::int32_t>(member.getByteCount());
+  const std::int32_t selected = context.charEncoding;
+  const bool followsCharSet = context.isCharSetSelected;
+  context.isCharSetSelected = false;
+
+  if (selected >= 0 && (isChar || width == selected)) {
+    context.charEncoding = -1;
+    return {true, encodingOfWidth(selected)};
+  }
+  if (followsCharSet) return {true, encodingOfWidth(width)};
+  return {isChar, CharEncoding::Iso8859_1};
+}
+
+void JsonConverter::writeScalar(Member::Context& context, const MemScalar& member,
+                                const Buffer& buffer, json::Value& target) const {
+  const auto bytes = readRaw(context, buffer, member.getByteCount());
+  const std::int64_t raw = readInteger(member.getNcType(), bytes.data(), _endianess);
+  if (_typeManager->isSupportInvalidKeyword() && member.isInvalid(raw)) {
+    target.setValue(kInvalidKeyword);
+  } else if (member.getScaling().isIdentity()) {
+    setInteger(target, member.getNcType(), raw);
+  } else {
+    target.setValue(member.toPhysical(raw));
+  }
+
+  if (!context.useDynamicArrays || !target.isInteger()) return;
+  context.arraySize = target.asInt32();
+  // A count that claims more than the array behind it can hold means all of it.
+  const Member* next = member.getProgName().empty() || context.parentStack.empty()
+                           ? nullptr
+                           : context.getNextSibling(member.getProgName());
+  if (next != nullptr && next->isDynamicArray()) {
+    const auto largest = static_cast<std::int32_t>(
+        std::min<std::uint32_t>(next->getArraySize(), static_cast<std::uint32_t>(INT32_MAX)));
+    context.arraySize = std::min(context.arraySize, largest);
+  }
+}
+
+void JsonConverter::writeFloat(Member::Context& context, const MemFloat& member,
+                               const Buffer& buffer, json::Value& target) const {
+  const auto bytes = readRaw(context, buffer, member.getByteCount());
+  context.arraySize = -1;
+  double raw = 0;
+  static_cast<void>(readField(member.getNcType(), bytes.data(), _endianess, raw));
+  if (!member.getScaling().isIdentity()) {
+    target.setValue(member.toPhysical(raw));
+  } else if (member.getNcType() == NcType::Double) {
+    target.setValue(raw);
+  } else {
+    target.setValue(static_cast<float>(raw));
+  }
+}
+
+void JsonConverter::writeBitfield(const Member::Context& context, const MemBitfield& member,
+                                  const Buffer& buffer, json::Value& target) const {
+  const std::int16_t raw = readBits(readRaw(context, buffer, 1)[0], member.getSlot());
+  if (!member.getScaling().isIdentity()) {
+    target.setValue(member.toPhysical(raw));
+  } else if (member.getSlot().isSigned) {
+    target.setValue(static_cast<std::int8_t>(raw));
+  } else {
+    target.setValue(static_cast<std::uint8_t>(raw));
+  }
+}
+
+void JsonConverter::writeEnum(Member::Context& context, const MemEnum& member, const Buffer& buffer,
+                              json::Value& target) const {
+  const auto raw = static_cast<std::int8_t>(readRaw(context, buffer, 1)[0]);
+  const EnumType* type = member.resolveEnum(_typeManager);
+  if (type != nullptr && type->hasFlags(BaseType::kCharEncoding)) {
+    context.charEncoding = widthOfCharEncoding(raw);
+  }
+  if (type != nullptr && !type->getName(raw).empty()) {
+    target.setValue(type->getName(raw));
+  } else {
+    target.setValue(util::StringUtils::toString(static_cast<int>(raw)));
+  }
+}
+
+bool JsonConverter::toJsonStructEnd(Member::Context& context, const Member& member,
+                                    const Buffer& buffer, Stack& stack) {
+  context.arrayIndex = -1;
+  const bool isClosed = closeAggregate(context, member, buffer, stack);
+  if (!isClosed) context.hasFailed = true;
+  return isClosed;
+}
+
+bool JsonConverter::closeAggregate(Member::Context& context, const Member& member,
+                                   const Buffer& buffer, Stack& stack) const {
+  if (stack.empty()) return false;
+  if (base::isLogged(Logger::Trace)) {
+    Logger::trace("[JsonConverter::toJsonStructEnd] stack-size=%ld depth=%ld\n",
+                  static_cast<long>(stack.size()), static_cast<long>(context.depth));
+  }
+  if (member.getKind() != Member::Kind::Aggregate) return false;
+  if (!static_cast<const MemAggregate&>(member).isUnion()) return true;
+  return !_typeManager->isUnionRawToRawHex() || writeUnionHex(context, buffer, stack);
+}
+
+// Replaces the object of the outermost union, which has just ended, by the text of its bytes.
+bool JsonConverter::writeUnionHex(Member::Context& context, const Buffer& buffer,
+                                  Stack& stack) const {
+  Logger::trace("[JsonConverter::toJsonStructEnd] UNION END\n");
+  if (context.unionStack.size() > 1) {
+    Logger::trace("[JsonConverter::toJsonStructEnd] UNION inside UNION - ignore\n");
+    return true;
+  }
+  const auto depth = static_cast<std::size_t>(context.depth);
+  while (depth != 0 && stack.size() > depth + 1) stack.pop_back();
+  json::Value* target = stack.back().value;
+  if (target == nullptr) return false;
+  target->clear();
+  target->switchType(json::JsonType::String);
+
+  const Member::UnionFrame frame =
+      context.unionStack.empty() ? Member::UnionFrame() : context.unionStack.back();
+  if (std::uint64_t{frame.start} + frame.extent > buffer.getSize()) {
+    Logger::warning("[JsonConverter::toJsonStructEnd] invalid union size\n");
+    return false;
+  }
+  std::string hex;
+  util::BinaryUtils::bufferToString(hex, buffer.getData() + frame.start, frame.extent);
+  target->setValue(hex);
+  Logger::trace("[JsonConverter::toJsonStructEnd] union raw_hex: '%s'\n", hex.c_str());
+  return true;
+}
+
+}  // namespace zavri::korvat

@@ -1,0 +1,26 @@
+#include "korvat/members/MemScalar.h"
+
+namespace zavri::korvat {
+
+std::unique_ptr<Member> MemScalar::clone() const {
+  return std::make_unique<MemScalar>(*this);
+}
+
+bool MemScalar::traverseMember(Context& context, const MemberCallback& onMember,
+                               const StructEndCallback&) const {
+  return visitBytes(context, *this, onMember, getByteCount());
+}
+
+std::uint64_t MemScalar::countElementBits(BitCount&) const {
+  return 8 * getByteCount();
+}
+
+double MemScalar::toPhysical(std::int64_t raw) const {
+  return korvat::toPhysical(static_cast<double>(raw), getScaling());
+}
+
+std::int64_t MemScalar::fromPhysical(double value, bool quantize) const {
+  return roundToInteger<std::int64_t>(korvat::fromPhysical(value, quantize, getScaling()));
+}
+
+}  // namespace zavri::korvat

@@ -1,0 +1,44 @@
+#include "korvat/members/Scaling.h"
+
+#include <array>
+#include <cmath>
+
+namespace zavri::korvat {
+
+namespace {
+
+// 10^exponent for 0 and above; exact up to 10^22, the last power of ten that is a double.
+double powerOfTen(int exponent) {
+  constexpr std::array<double, 23> kExact{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                          1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                          1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+  const auto index = static_cast<std::size_t>(exponent);
+  return index < kExact.size() ? kExact[index] : std::pow(10.0, exponent);
+}
+
+// value * 10^exponent. Zero stays zero even where the power is infinite.
+double shiftDecimal(double value, int exponent) {
+  if (value == 0) return value;
+  return exponent < 0 ? value / powerOfTen(-exponent) : value * powerOfTen(exponent);
+}
+
+}  // namespace
+
+double toPhysical(double raw, const Scaling& scaling) {
+  if (scaling.a == 0) return 0;
+  return shiftDecimal(scaling.a * (raw + scaling.c), scaling.b);
+}
+
+double fromPhysical(double value, bool quantize, const Scaling& scaling) {
+  const double factor = scaling.a == 0 ? 1 : scaling.a;
+  if (quantize) {
+    const double step = shiftDecimal(factor, scaling.b);
+    if (step != 0 && std::isfinite(step)) {
+      const double steps = std::floor(shiftDecimal(value, -scaling.b) / factor + 0.5);
+      value = shiftDecimal(steps * factor, scaling.b);
+    }
+  }
+  return shiftDecimal(value / factor, -scaling.b) - scaling.c;
+}
+
+}  // namespace zavri::korvat

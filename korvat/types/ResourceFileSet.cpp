@@ -1,0 +1,181 @@
+#include "korvat/types/ResourceFileSet.h"
+
+#include <string_view>
+
+#include "korvat/base/BinaryUtils.h"
+#include "korvat/base/FileUtils.h"
+#include "korvat/base/Logger.h"
+#include "korvat/builder/ResourceBuilder.h"
+#include "korvat/members/MemAggregate.h"
+#include "korvat/types/CpType.h"
+#include "korvat/types/EnumType.h"
+#include "korvat/types/NvType.h"
+#include "korvat/types/TypeManager.h"
+
+namespace zavri::korvat {
+
+using base::Logger;
+
+namespace {
+
+constexpr std::size_t kUsagePosition = 10;  // of the usage byte's two digits in a prefix
+constexpr std::size_t kScopePosition = 17;  // of the scope digit in a prefix
+
+const char* fileNameOf(ResourceType type) {
+  switch (type) {
+    case ResourceType::Enum:
+      return "enums";
+    case ResourceType::Nv:
+      return "nvs";
+    case ResourceType::Cp:
+      return "cps";
+    case ResourceType::Fp:
+      return "fps";
+    case ResourceType::Invalid:
+      break;
+  }
+  return "";
+}
+
+std::unique_ptr<ResourceGroup> makeGroup(ResourceType type, const ResourceFileSet* fileSet) {
+  switch (type) {
+    case ResourceType::Enum:
+      return std::make_unique<TResourceGroup<EnumType>>(fileSet);
+    case ResourceType::Nv:
+      return std::make_unique<TResourceGroup<NvType>>(fileSet);
+    case ResourceType::Cp:
+      return std::make_unique<TResourceGroup<CpType>>(fileSet);
+    case ResourceType::Fp:
+    case ResourceType::Invalid:
+      break;
+  }
+  return nullptr;
+}
+
+bool scopeCountsUsage(const std::string& prefix) {
+  if (prefix.size() <= kScopePosition) return false;
+  return std::string_view("256").find(prefix[kScopePosition]) != std::string_view::npos;
+}
+
+// `prefix` with `bits` set in its usage byte; as it is when there are no two digits there.
+std::string withUsageBits(const std::string& prefix, std::uint8_t bits) {
+  base::Buffer usage;
+  if (util::BinaryUtils::stringToBuffer(usage, prefix.substr(kUsagePosition, 2), 0) != 1) {
+    return prefix;
+  }
+  usage.getData()[0] |= bits;
+  std::string variant = prefix;
+  return variant.replace(kUsagePosition, 2, util::BinaryUtils::toString(usage));
+}
+
+void resolveDiscriminators(const VarType& type, Member& member, const std::string& path) {
+  if (member.getKind() != Member::Kind::Aggregate) return;
+
+  auto& aggregate = static_cast<MemAggregate&>(member);
+  if (aggregate.isUnion()) {
+    const std::string discriminator = type.findDiscriminator(path);
+    if (discriminator.empty()) {
+      if (base::isLogged(Logger::Debug)) {
+        Logger::debug("[korvat] %s: no discriminator for union at %s\n",
+                      type.getTypeId().toString().c_str(), path.c_str());
+      }
+    } else {
+      aggregate.setDiscriminator(discriminator);
+    }
+  }
+  for (const auto& child : aggregate.getChildren()) {
+    if (!child) continue;
+    const std::string& name = child->getProgName();
+    resolveDiscriminators(type, *child, path.empty() ? name : path + "." + name);
+  }
+}
+
+// What follows the reading of a file of variable types.
+void finishVarTypes(const ResourceGroup& group) {
+  for (const auto& [name, type] : group.getTypesByName()) {
+    auto* varType = dynamic_cast<VarType*>(type.get());
+    if (varType == nullptr) {
+      Logger::warning("[korvat] not a VarType: %s\n", type->getTypeId().toString().c_str());
+    } else if (varType->getMember() != nullptr) {
+      resolveDiscriminators(*varType, *varType->getMember(), varType->getMember()->getProgName());
+    }
+  }
+}
+
+}  // namespace
+
+ResourceFileSet::ResourceFileSet(const TypeManager* owner, const char* folder)
+    : _baseDir(owner->getBaseDir()), _folder(folder) {
+  Logger::debug("[ResourceFileSet::ResourceFileSet] folder: %s\n", folder);
+}
+
+ResourceFileSet::~ResourceFileSet() = default;
+
+std::string ResourceFileSet::locateFolder(const std::string& baseDir, const std::string& prefix) {
+  std::string folder = util::FileUtils::locateFolder(baseDir, prefix, false);
+  if (folder.empty() && scopeCountsUsage(prefix)) {
+    for (const std::uint8_t bits : {0x80, 0x40, 0xC0}) {
+      folder = util::FileUtils::locateFolder(baseDir, withUsageBits(prefix, bits), false);
+      if (!folder.empty()) break;
+    }
+  }
+  Logger::debug("[ResourceFileSet::locateFolder] baseDir='%s' prefix='%s' ==> '%s'\n",
+                baseDir.c_str(), prefix.c_str(), folder.c_str());
+  return folder.empty() ? prefix : folder;
+}
+
+std::unique_ptr<ResourceGroup>* ResourceFileSet::findSlot(ResourceType type) {
+  switch (type) {
+    case ResourceType::Enum:
+      return &_enumGroup;
+    case ResourceType::Nv:
+      return &_nvGroup;
+    case ResourceType::Cp:
+      return &_cpGroup;
+    case ResourceType::Fp:
+    case ResourceType::Invalid:
+      break;
+  }
+  return nullptr;
+}
+
+const ResourceGroup* ResourceFileSet::getGroup(ResourceType type, bool showWarnings) {
+  std::unique_ptr<ResourceGroup>* slot = findSlot(type);
+  if (slot == nullptr) return nullptr;
+  if (*slot) return slot->get();
+
+  *slot = makeGroup(type, this);
+  try {
+    if (!loadResources(type, showWarnings)) slot->reset();
+  } catch (...) {
+    slot->reset();  // nobody may find a group that is only half read
+    throw;
+  }
+  return slot->get();
+}
+
+bool ResourceFileSet::loadResources(ResourceType type, bool showWarnings) {
+  if (_folder.empty()) return false;
+
+  const std::string root = _baseDir.empty() ? util::FileUtils::getDefaultBaseDir() : _baseDir + "/";
+  const std::string path = root + _folder + "/" + fileNameOf(type) + ".xml";
+  Logger::debug("[ResourceFileSet::loadResources][%s] going to load %s\n", resourceTypeName(type),
+                path.c_str());
+
+  builder::ResourceBuilder builder(*this);
+  if (!builder.load(path, showWarnings)) return false;
+  if (type != ResourceType::Enum) finishVarTypes(**findSlot(type));
+  return true;
+}
+
+bool ResourceFileSet::addType(ResourceType group, std::unique_ptr<BaseType> type) {
+  const std::unique_ptr<ResourceGroup>* slot = findSlot(group);
+  if (slot == nullptr || !*slot || !type) return false;
+
+  TypeId& typeId = type->getTypeId();
+  typeId.setPrefix(_folder);
+  if (typeId.getScope() == Scope::InvalidScope) typeId.setPrefix("");
+  return (*slot)->internalAddType(std::move(type));
+}
+
+}  // namespace zavri::korvat

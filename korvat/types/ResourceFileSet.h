@@ -1,0 +1,55 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "korvat/base/Export.h"
+#include "korvat/types/BaseType.h"
+#include "korvat/types/ResourceGroup.h"
+
+namespace zavri::korvat {
+
+class TypeManager;
+
+// The resources of one prefix: a folder with one file per kind of type, each read the first time
+// something asks for its kind.
+//
+// Copies of a manager share their file sets. So that a set never depends on a manager that may be
+// gone, it notes the base folder of the one that made it; a later change of that folder does not
+// move the set. Loading changes the set; once the groups in use are loaded, look-ups may run side
+// by side.
+class KORVAT_API ResourceFileSet {
+ public:
+  // `folder` is relative to the manager's base folder. Reads nothing.
+  ResourceFileSet(const TypeManager* owner, const char* folder);
+  ~ResourceFileSet();
+
+  // Folder under `baseDir` that holds the resources of `prefix`. Where no folder has that name and
+  // the scope is one that counts the usage byte (2, 5, 6), the variants with the two top bits of
+  // that byte set are tried; when there is none of them either, the prefix itself.
+  static std::string locateFolder(const std::string& baseDir, const std::string& prefix);
+
+  // The group of that kind, loaded now if it was not; null when its file is missing or broken (the
+  // next call tries again) and for Invalid. `showWarnings` also reports a missing file.
+  const ResourceGroup* getGroup(ResourceType type, bool showWarnings);
+
+  // Takes a type that was read from this set's files; false, and the type is destroyed, when there
+  // is no group under way for `type` or the group drops it. The type becomes one of this set's
+  // prefix when the folder's name is a valid prefix.
+  bool addType(ResourceType group, std::unique_ptr<BaseType> type);
+
+  const std::string& getFolder() const { return _folder; }
+
+ private:
+  bool loadResources(ResourceType type, bool showWarnings);
+  std::unique_ptr<ResourceGroup>* findSlot(ResourceType type);
+
+  std::string _baseDir;
+  std::string _folder;
+  // Destroyed in the reverse of this order.
+  std::unique_ptr<ResourceGroup> _enumGroup;
+  std::unique_ptr<ResourceGroup> _nvGroup;
+  std::unique_ptr<ResourceGroup> _cpGroup;
+};
+
+}  // namespace zavri::korvat

@@ -1,0 +1,145 @@
+#include "korvat/types/TypeManager.h"
+
+#include "korvat/base/Logger.h"
+#include "korvat/base/StringUtils.h"
+#include "korvat/convert/JsonConverter.h"
+#include "korvat/members/Value.h"
+#include "korvat/types/ResourceFileSet.h"
+#include "korvat/types/VarType.h"
+
+namespace zavri::korvat {
+
+using base::Logger;
+
+const std::string TypeManager::restTypePrefix = "/~/type/";
+const std::string TypeManager::restTypeGenericDp = "/~/type/schema/fragment/dp";
+
+TypeManager::TypeManager(const char* driverType)
+    : _driverType(driverType == nullptr ? "" : driverType) {}
+
+TypeManager::TypeManager(const TypeManager&) = default;
+TypeManager& TypeManager::operator=(const TypeManager&) = default;
+TypeManager::~TypeManager() = default;
+
+ResourceFileSet& TypeManager::getResourceFileSet(const std::string& prefix) {
+  // A set that exists is found without changing the map: threads may look up side by side.
+  const auto found = _fileSets.find(prefix);
+  if (found != _fileSets.end()) return *found->second;
+
+  const std::string folder = ResourceFileSet::locateFolder(_baseDir, prefix);
+  const auto fileSet = std::make_shared<ResourceFileSet>(this, folder.c_str());
+  return *_fileSets.emplace(prefix, fileSet).first->second;
+}
+
+const BaseType* TypeManager::getType(const TypeId& id) {
+  if (!id) return nullptr;
+
+  ResourceFileSet& fileSet = getResourceFileSet(id.getPrefix());
+  const ResourceGroup* group = fileSet.getGroup(id.getType(), _showWarnings);
+  if (group == nullptr) {
+    Logger::debug("[TypeManager::getType] no resource-group '%s' in file-set '%s'\n",
+                  resourceTypeName(id.getType()), fileSet.getFolder().c_str());
+    return nullptr;
+  }
+  return group->getType(id.getId());
+}
+
+const BaseType* TypeManager::getType(const std::string& text) {
+  return getType(toTypeId(text));
+}
+
+const VarType* TypeManager::getVarType(const TypeId& id) {
+  return dynamic_cast<const VarType*>(getType(id));
+}
+
+const VarType* TypeManager::getVarType(const std::string& text) {
+  return dynamic_cast<const VarType*>(getType(text));
+}
+
+const BaseType* TypeManager::getTypeByIndex(const std::string& prefix, ResourceType type,
+                                            std::int32_t index) {
+  if (type == ResourceType::Invalid) return nullptr;
+
+  ResourceFileSet& fileSet = getResourceFileSet(TypeId(type, prefix, "").getPrefix());
+  const ResourceGroup* group = fileSet.getGroup(type, false);
+  if (group == nullptr) {
+    Logger::debug("[TypeManager::getTypeByIndex] no resource-group '%s' in file-set '%s'\n",
+                  resourceTypeName(type), fileSet.getFolder().c_str());
+    return nullptr;
+  }
+  return group->getTypeByIndex(index);
+}
+
+const VarType* TypeManager::getVarTypeByIndex(const std::string& prefix, ResourceType type,
+                                              std::int32_t index) {
+  return dynamic_cast<const VarType*>(getTypeByIndex(prefix, type, index));
+}
+
+TypeId TypeManager::getTypeIdByIndex(const std::string& prefix, ResourceType type,
+                                     std::int32_t index) {
+  const BaseType* found = getTypeByIndex(prefix, type, index);
+  return found == nullptr ? TypeId::None : TypeId(type, prefix, found->getName());
+}
+
+TypeId TypeManager::toTypeId(const std::string& text) const {
+  std::string typeText = text;
+  if (util::StringUtils::startsWith(text, restTypePrefix, 0)) {
+    const std::size_t kindEnd = text.find('/', restTypePrefix.size());
+    const std::size_t driverEnd =
+        kindEnd == std::string::npos ? kindEnd : text.find('/', kindEnd + 1);
+    typeText.clear();
+    if (driverEnd != std::string::npos) {
+      const std::string driver = text.substr(kindEnd + 1, driverEnd - kindEnd - 1);
+      if (!driver.empty() && driver != _driverType) {
+        Logger::trace("[TypeManager::toTypeId] probably wrong driver in type '%s'\n", text.c_str());
+      }
+      typeText = text.substr(driverEnd + 1);
+    }
+  }
+
+  TypeId id;
+  if (typeText.empty()) {
+    Logger::warning("[TypeManager::toTypeId] wrong typeId '%s'\n", text.c_str());
+  } else {
+    id.fromString(typeText);
+  }
+  return id;
+}
+
+std::string TypeManager::toFullTypeId(const TypeId& id, bool isValue) const {
+  if (id == TypeId::None) return "";
+  if (id.isGenericNv()) return isValue ? "" : restTypeGenericDp;
+
+  const char* kind = isValue ? "value/" : "dp/";
+  if (id.getType() == ResourceType::Fp) kind = "fb/";
+  return restTypePrefix + kind + _driverType + "/" + id.toString();
+}
+
+bool TypeManager::rawToJson(const TypeId& id, const base::Buffer& buffer, json::Value& value,
+                            base::Endianess endianess, bool allowSeveralUnionMembers) {
+  const VarType* type = getVarType(id);
+  if (type == nullptr) return false;
+  JsonConverter converter(this, *type, endianess, allowSeveralUnionMembers);
+  return converter.rawToJson(buffer, value);
+}
+
+bool TypeManager::rawToJson(const TypeId& id, const base::Buffer& buffer, json::Value& value) {
+  return rawToJson(id, buffer, value, _networkEndianess,
+                   hasUnionModeBit(UnionModeBit::UnionConverterFlag));
+}
+
+Value TypeManager::accessValue(base::Endianess endianess, const TypeId& id, base::Buffer& buffer) {
+  return Value(this, getVarType(id), endianess, buffer);
+}
+
+bool TypeManager::isUnionJsonToRawHex() const {
+  return hasUnionModeBit(UnionModeBit::UnionRawHex) &&
+         !hasUnionModeBit(UnionModeBit::UnionNoRawHexToRaw);
+}
+
+bool TypeManager::isUnionRawToRawHex() const {
+  return hasUnionModeBit(UnionModeBit::UnionRawHex) &&
+         !hasUnionModeBit(UnionModeBit::UnionNoRawHexToJson);
+}
+
+}  // namespace zavri::korvat

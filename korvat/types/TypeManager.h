@@ -1,0 +1,133 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "korvat/base/Buffer.h"
+#include "korvat/base/Endianess.h"
+#include "korvat/base/Export.h"
+#include "korvat/base/Value.h"
+#include "korvat/types/TypeId.h"
+
+namespace zavri::korvat {
+
+class BaseType;
+class ResourceFileSet;
+class Value;
+class VarType;
+
+// The one object that an application creates: finds the types of a catalogue of resource files and
+// converts values with them.
+//
+// Owns the resource sets, and so the types: the pointers that look-ups return hold until the
+// manager and all its copies are gone. Copies share the sets and with them what is loaded. Nothing
+// is read at construction; the files of a prefix are read the first time something asks for a type
+// of theirs, so that even look-ups change the catalogue: one manager belongs to one thread at a
+// time. Once the groups in use are loaded, look-ups and conversions may run side by side.
+class KORVAT_API TypeManager {
+ public:
+  // Number of a bit of the union mode.
+  enum class UnionModeBit : std::uint32_t {
+    UnionRawHex = 0,          // unions are hexadecimal text in JSON
+    UnionNoRawHexToJson = 1,  // ... but not from raw to JSON
+    UnionNoRawHexToRaw = 2,   // ... but not from JSON to raw
+    UnionConverterFlag = 3,   // flag that the short conversions hand on
+  };
+
+  static const std::string restTypePrefix;     // "/~/type/"
+  static const std::string restTypeGenericDp;  // "/~/type/schema/fragment/dp"
+
+  // `driverType` is a segment of the full type identifiers; null is the empty text.
+  explicit TypeManager(const char* driverType);
+  TypeManager(const TypeManager&);
+  TypeManager& operator=(const TypeManager&);
+  ~TypeManager();
+
+  // Finds or makes the set of a prefix as getPrefix() of TypeId gives it. Reads no file; a prefix
+  // without a folder has a set without groups.
+  ResourceFileSet& getResourceFileSet(const std::string& prefix);
+
+  // Each returns null when there is no such type, or it is of another kind. A text is read by
+  // toTypeId().
+  const BaseType* getType(const TypeId& id);
+  const BaseType* getType(const std::string& text);
+  const VarType* getVarType(const TypeId& id);
+  const VarType* getVarType(const std::string& text);
+  // By LonMark number. A missing file is not reported.
+  const BaseType* getTypeByIndex(const std::string& prefix, ResourceType type, std::int32_t index);
+  const VarType* getVarTypeByIndex(const std::string& prefix, ResourceType type,
+                                   std::int32_t index);
+  // None when there is no such type.
+  TypeId getTypeIdByIndex(const std::string& prefix, ResourceType type, std::int32_t index);
+
+  // Reads "<prefix>/<format id>", alone or behind "/~/type/<kind>/<driver>/"; kind and driver are
+  // not checked. Invalid, with a warning when nothing is left to read, for anything else.
+  TypeId toTypeId(const std::string& text) const;
+  // "/~/type/dp/<driver>/<prefix>/<format id>", with "value/" instead of "dp/" when `isValue` is
+  // set and "fb/" for a profile; empty for None. SNVT_xxx is restTypeGenericDp, or empty as a
+  // value.
+  std::string toFullTypeId(const TypeId& id, bool isValue) const;
+
+  // Converts a raw value to JSON. False when there is no such type or the walk failed; `value` then
+  // holds what was converted so far. What lies beyond the end of `buffer` reads as 0. The short
+  // form takes the network byte order and the flag of the union mode.
+  [[nodiscard]] bool rawToJson(const TypeId& id, const base::Buffer& buffer, json::Value& value,
+                               base::Endianess endianess, bool allowSeveralUnionMembers);
+  [[nodiscard]] bool rawToJson(const TypeId& id, const base::Buffer& buffer, json::Value& value);
+
+  // Access to single members of the raw value in `buffer`, which must outlive the result. A type
+  // that does not exist gives a value without members.
+  Value accessValue(base::Endianess endianess, const TypeId& id, base::Buffer& buffer);
+
+  // Root folder of the resource tree; empty, the default, for "res/korvat/". Sets that exist stay
+  // where they are.
+  const std::string& getBaseDir() const { return _baseDir; }
+  void setBaseDir(const std::string& baseDir) { _baseDir = baseDir; }
+  const std::string& getDriverType() const { return _driverType; }
+  void setDriverType(const std::string& driverType) { _driverType = driverType; }
+  base::Endianess getNetworkEndianess() const { return _networkEndianess; }
+  void setNetworkEndianess(base::Endianess endianess) { _networkEndianess = endianess; }
+
+  // Arrays with a minimum size take their element count from the number before them.
+  bool getUseDynamicArrays() const { return _useDynamicArrays; }
+  void setUseDynamicArrays(bool isOn) { _useDynamicArrays = isOn; }
+  // Missing files, and values out of their limits, are reported.
+  bool isShowWarnings() const { return _showWarnings; }
+  void showWarnings(bool isOn) { _showWarnings = isOn; }
+  bool isAllowMissingFields() const { return _allowMissingFields; }
+  void setAllowMissingFields(bool isOn) { _allowMissingFields = isOn; }
+  bool isAllowUndefinedFields() const { return _allowUndefinedFields; }
+  void setAllowUndefinedFields(bool isOn) { _allowUndefinedFields = isOn; }
+  bool isAllowCuttingToMinMax() const { return _allowCuttingToMinMax; }
+  void setAllowCuttingToMinMax(bool isOn) { _allowCuttingToMinMax = isOn; }
+  // The text "invalid" stands for a member's invalid marker.
+  bool isSupportInvalidKeyword() const { return _supportInvalidKeyword; }
+  void setSupportInvalidKeyword(bool isOn) { _supportInvalidKeyword = isOn; }
+
+  void setUnionModeBit(UnionModeBit bit) { _unionModeBits |= maskOf(bit); }
+  void clearUnionModeBit(UnionModeBit bit) { _unionModeBits &= ~maskOf(bit); }
+  bool hasUnionModeBit(UnionModeBit bit) const { return (_unionModeBits & maskOf(bit)) != 0; }
+  // Whether unions are hexadecimal text in each direction.
+  bool isUnionJsonToRawHex() const;
+  bool isUnionRawToRawHex() const;
+
+ private:
+  static std::uint32_t maskOf(UnionModeBit bit) { return 1u << static_cast<std::uint32_t>(bit); }
+
+  // By prefix. Shared with the copies of this manager.
+  std::map<std::string, std::shared_ptr<ResourceFileSet>> _fileSets;
+  std::string _baseDir;
+  std::string _driverType;
+  base::Endianess _networkEndianess = base::Endianess::Big;
+  bool _useDynamicArrays = false;
+  bool _showWarnings = true;
+  bool _allowMissingFields = false;
+  bool _allowUndefinedFields = false;
+  bool _allowCuttingToMinMax = true;
+  bool _supportInvalidKeyword = false;
+  std::uint32_t _unionModeBits = 0;
+};
+
+}  // namespace zavri::korvat

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "korvat/base/Export.h"
+#include "korvat/types/BaseType.h"
+
+namespace zavri::korvat {
+
+class Member;
+class TypeManager;
+
+// A type that values have: a network variable or configuration property type. Owns the tree of
+// members that describes the layout of its raw values.
+class KORVAT_API VarType : public BaseType {
+ public:
+  ~VarType() override;
+
+  // A new object of the same class with its own copy of the member tree, without the display
+  // formats when `withoutFormats` is set.
+  virtual std::unique_ptr<VarType> clone(bool withoutFormats) const = 0;
+
+  // Root of the layout; null when the definition had none.
+  const Member* getMember() const { return _member.get(); }
+  Member* getMember() { return _member.get(); }
+  void setMember(std::unique_ptr<Member> member);
+
+  // Size in bytes as the definition states it; 0 when it states none.
+  std::int32_t getSize() const { return _size; }
+  void setSize(std::int32_t size) { _size = size; }
+
+  // Bytes from the start of a value to the end of its last member, dynamic arrays at their full
+  // size. False when there is no layout or a reference in it cannot be resolved.
+  [[nodiscard]] bool getMaxSize(TypeManager* typeManager, unsigned& byteCount) const;
+
+  // Texts of the display formats by name; the name of the plain format is empty.
+  const std::map<std::string, std::string>& getFormats() const { return _formats; }
+  void setFormat(const std::string& name, const std::string& text) { _formats[name] = text; }
+
+  // Dotted path of the enumeration that tells which alternative of the union at `unionPath` holds:
+  // the nearest enumeration before the union in the structure around it, else the nearest one in
+  // the next structure outwards; empty when there is none.
+  std::string findDiscriminator(const std::string& unionPath) const;
+
+ protected:
+  explicit VarType(ResourceType type);
+  VarType(const VarType& source, bool withoutFormats);
+
+ private:
+  std::unique_ptr<Member> _member;
+  std::int32_t _size = 0;  // bytes
+  std::map<std::string, std::string> _formats;
+};
+
+}  // namespace zavri::korvat
