@@ -29,6 +29,10 @@ build() {
   exec 9>&-
 }
 
-installPackages "${runPackages[@]}"
-isBuilt || build
+if isBuilt; then
+  installPackages libexpat1  # all that a built program needs
+else
+  installPackages "${runPackages[@]}"
+  build
+fi
 exec "$program" "$@"
