@@ -1,0 +1,65 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "korvat/base/Buffer.h"
+#include "korvat/base/Logger.h"
+#include "korvat/base/Value.h"
+#include "korvat/types/ResourceGroup.h"
+#include "korvat/types/TypeManager.h"
+#include "korvat/types/VarType.h"
+#include "tool/Failure.h"
+#include "tool/Options.h"
+
+namespace zavri::korvat::tool {
+
+// The catalogue as the command line chose it. Every operation throws Failure where it cannot
+// answer.
+class Catalogue {
+ public:
+  // Throws kNotFound when there is no catalogue folder.
+  explicit Catalogue(const Options& options);
+  Catalogue(const Catalogue&) = delete;
+  Catalogue& operator=(const Catalogue&) = delete;
+  ~Catalogue();
+
+  TypeManager& getManager() { return _manager; }
+  const Options& getOptions() const { return _options; }
+
+  // The type that the command line calls `text`: a bare name ("SNVT_temp_p", "occup_t"), a name
+  // with its prefix, or a full type identifier.
+  const BaseType& findType(const std::string& text);
+  // The same for types that values have.
+  const VarType& findVarType(const std::string& text);
+
+  // The group of a kind in the set of the option --prefix; null when it cannot be loaded.
+  const ResourceGroup* findGroup(ResourceType type);
+  // The error for a group that is not there, with the library's reason for the last one.
+  Failure missingGroup(ResourceType type);
+
+  // Bytes of a value of the type, dynamic arrays at their full size.
+  unsigned getSize(const VarType& type);
+
+  // Hexadecimal text, blanks allowed, as the bytes of one value.
+  base::Buffer readHex(const std::string& text) const;
+  // Throws unless the buffer is as long as the type says.
+  void checkLength(const VarType& type, const base::Buffer& buffer);
+  json::Value decode(const VarType& type, const base::Buffer& buffer);
+
+ private:
+  // The last warning of the library, in brackets, for the end of an error message; may be empty.
+  std::string takeReason();
+
+  Options _options;
+  std::string _folder;
+  TypeManager _manager;
+  std::string _lastWarning;
+  base::Logger::Sink _previousSink;
+  base::Logger::Level _previousLevel;
+};
+
+// "SNVT_temp_p": the name of a type as people write it.
+std::string displayName(const BaseType& type);
+
+}  // namespace zavri::korvat::tool

@@ -1,0 +1,218 @@
+#include <algorithm>
+#include <cstdio>
+
+#include "korvat/base/StringUtils.h"
+#include "korvat/members/MemAggregate.h"
+#include "korvat/members/MemBitfield.h"
+#include "korvat/members/MemEnum.h"
+#include "korvat/members/MemFloat.h"
+#include "korvat/members/MemScalar.h"
+#include "korvat/types/CpType.h"
+#include "korvat/types/EnumType.h"
+#include "tool/Commands.h"
+#include "tool/Layout.h"
+
+namespace zavri::korvat::tool {
+
+namespace {
+
+using util::StringUtils;
+
+// A description is made as JSON first; the text form is a rendering of it.
+
+template <typename T>
+void addLimits(const TMemNumeric<T>& member, json::Value& row) {
+  if (!member.getScaling().isIdentity()) {
+    row["scaling"]["a"] = std::int32_t{member.getScaling().a};
+    row["scaling"]["b"] = std::int32_t{member.getScaling().b};
+    row["scaling"]["c"] = std::int32_t{member.getScaling().c};
+  }
+  if (member.hasMin()) row["min"].setValue(member.getMin());
+  if (member.hasMax()) row["max"].setValue(member.getMax());
+  if (member.hasInvalid()) row["invalid"].setValue(member.getInvalid());
+}
+
+void addNumber(const Member& member, json::Value& row) {
+  switch (member.getKind()) {
+    case Member::Kind::Scalar: {
+      const auto& scalar = static_cast<const MemScalar&>(member);
+      row["type"] = std::string(ncTypeRow(scalar.getNcType()).name);
+      return addLimits(scalar, row);
+    }
+    case Member::Kind::Float: {
+      const auto& number = static_cast<const MemFloat&>(member);
+      row["type"] = std::string(ncTypeRow(number.getNcType()).name);
+      return addLimits(number, row);
+    }
+    case Member::Kind::Bitfield: {
+      const auto& field = static_cast<const MemBitfield&>(member);
+      row["type"] = field.getSlot().isSigned ? "signed bits" : "unsigned bits";
+      return addLimits(field, row);
+    }
+    case Member::Kind::Enum:
+      row["type"] = "enum " + static_cast<const MemEnum&>(member).getRefId().getId();
+      return;
+    case Member::Kind::Aggregate: {
+      const auto& aggregate = static_cast<const MemAggregate&>(member);
+      row["type"] = aggregate.isUnion() ? "union" : "struct";
+      if (!aggregate.getDiscriminator().empty()) {
+        row["discriminator"] = aggregate.getDiscriminator();
+      }
+      return;
+    }
+    case Member::Kind::Ref:
+      row["type"] = "reference";
+      return;
+    case Member::Kind::Invalid:
+      row["type"] = "invalid";
+      return;
+  }
+}
+
+json::Value describeMember(const LayoutRow& row) {
+  json::Value described;
+  described["path"] = row.path;
+  described["nesting"] = row.nesting;
+  described["byte"] = row.byteOffset;
+  if (row.member->getKind() == Member::Kind::Bitfield) described["bit"] = row.bitOffset;
+  described["bits"] = row.bitCount;
+  described["kind"] = Member::getKindName(row.member->getKind());
+  if (row.member->isArray()) {
+    described["elements"] = row.member->getArraySize();
+    if (row.member->isDynamicArray()) described["minElements"] = row.member->getArrayMinSize();
+  }
+  addNumber(*row.member, described);
+  if (row.refType != nullptr) described["refType"] = displayName(*row.refType);
+  if (!row.member->getUnit().empty()) described["unit"] = row.member->getUnit();
+  return described;
+}
+
+json::Value describeType(Catalogue& catalogue, const BaseType& type) {
+  json::Value described;
+  described["name"] = displayName(type);
+  described["kind"] = resourceTypeName(type.getTypeId().getType());
+  described["index"] = type.getIndex();
+  described["set"] = type.getTypeId().getPrefix();
+  described["obsolete"].setBoolean(type.hasFlags(BaseType::kObsolete));
+
+  if (const auto* enumType = dynamic_cast<const EnumType*>(&type)) {
+    described["items"].switchType(json::JsonType::Array);
+    for (const auto& [value, name] : enumType->getItemsByValue()) {
+      json::Value& item = described["items"][described["items"].getSize()];
+      item["value"].setValue(value);
+      item["name"] = name;
+    }
+    return described;
+  }
+
+  const auto& varType = static_cast<const VarType&>(type);
+  described["size"] = varType.getSize();
+  if (const auto* cpType = dynamic_cast<const CpType*>(&type)) {
+    if (!cpType->getDefaultValue().empty()) described["default"] = cpType->getDefaultValue();
+  }
+  described["members"].switchType(json::JsonType::Array);
+  if (varType.getMember() != nullptr) {
+    described["size"] = catalogue.getSize(varType);
+    for (const LayoutRow& row : makeLayout(catalogue.getManager(), varType)) {
+      described["members"][described["members"].getSize()] = describeMember(row);
+    }
+  }
+  for (const auto& [name, text] : varType.getFormats()) described["formats"][name] = text;
+  return described;
+}
+
+std::string scalingText(const json::Value& row) {
+  const json::Value& scaling = row["scaling"];
+  if (scaling.isNull()) return "";
+  std::string raw = "raw";
+  if (const int c = scaling["c"].asInt32(); c != 0) {
+    raw = "(raw " + std::string(c < 0 ? "- " : "+ ") + StringUtils::toString(std::abs(c)) + ")";
+  }
+  return "  = " + scaling["a"].asString() + " * 10^" + scaling["b"].asString() + " * " + raw;
+}
+
+std::string limitsText(const json::Value& row) {
+  std::string text;
+  if (!row["min"].isNull() || !row["max"].isNull()) {
+    text += "  raw " + (row["min"].isNull() ? "" : row["min"].asString()) + ".." +
+            (row["max"].isNull() ? "" : row["max"].asString());
+  }
+  if (!row["invalid"].isNull()) text += "  invalid " + row["invalid"].asString();
+  return text;
+}
+
+std::string typeText(const json::Value& row) {
+  std::string text = row["type"].asString();
+  if (!row["elements"].isNull()) {
+    const std::string least =
+        row["minElements"].isNull() ? "" : row["minElements"].asString() + "..";
+    text += " [" + least + row["elements"].asString() + "]";
+  }
+  if (!row["refType"].isNull()) text += " of " + row["refType"].asString();
+  return text;
+}
+
+std::string pad(std::string text, std::size_t width) {
+  if (text.size() < width) text.resize(width, ' ');
+  return text;
+}
+
+std::string rightAlign(const std::string& text, std::size_t width) {
+  return std::string(text.size() < width ? width - text.size() : 0, ' ') + text;
+}
+
+std::string memberLines(const json::Value& members) {
+  std::size_t nameWidth = 6;
+  std::size_t typeWidth = 4;
+  for (unsigned i = 0; i < members.getSize(); ++i) {
+    nameWidth = std::max(nameWidth, members[i]["path"].asString().size());
+    typeWidth = std::max(typeWidth, typeText(members[i]).size());
+  }
+  std::string lines = "  byte bit  bits  " + pad("member", nameWidth) + "  type\n";
+  for (unsigned i = 0; i < members.getSize(); ++i) {
+    const json::Value& row = members[i];
+    const std::string path = row["path"].asString();
+    const std::string bit = row["bit"].isNull() ? "" : row["bit"].asString();
+    std::string line = "  " + rightAlign(row["byte"].asString(), 4) + rightAlign(bit, 4) +
+                       rightAlign(row["bits"].asString(), 6) + "  " +
+                       pad(path.empty() ? "(value)" : path, nameWidth) + "  " +
+                       pad(typeText(row), typeWidth) + limitsText(row) + scalingText(row);
+    if (!row["unit"].isNull()) line += "  [" + row["unit"].asString() + "]";
+    if (!row["discriminator"].isNull()) line += "  chosen by " + row["discriminator"].asString();
+    lines += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+  }
+  return lines;
+}
+
+std::string toText(const json::Value& type) {
+  const bool isEnum = !type["items"].isNull();
+  std::string text = type["name"].asString() + "  " + type["kind"].asString() + " " +
+                     type["index"].asString() + "  set " + type["set"].asString();
+  if (!isEnum) text += "  " + type["size"].asString() + " bytes";
+  if (type["obsolete"].asInt32() != 0) text += "  obsolete";
+  text += "\n";
+  if (!type["default"].isNull()) text += "default " + type["default"].asString() + "\n";
+
+  for (unsigned i = 0; i < type["items"].getSize(); ++i) {
+    const json::Value& item = type["items"][i];
+    text += "  " + rightAlign(item["value"].asString(), 4) + "  " + item["name"].asString() + "\n";
+  }
+  if (type["members"].getSize() > 0) text += memberLines(type["members"]);
+  if (!isEnum && type["members"].getSize() == 0) {
+    text += "  no layout of its own: it takes the type of the network variable it applies to\n";
+  }
+  for (const auto& [name, format] : type["formats"].getPropertyMap()) {
+    text += "format " + (name.empty() ? "" : name + " ") + format.asString() + "\n";
+  }
+  return text;
+}
+
+}  // namespace
+
+void runDescribe(Catalogue& catalogue, const std::string& type) {
+  const json::Value described = describeType(catalogue, catalogue.findType(type));
+  const bool asJson = catalogue.getOptions().printJson;
+  std::fputs((asJson ? described.stringify(2) + "\n" : toText(described)).c_str(), stdout);
+}
+
+}  // namespace zavri::korvat::tool
