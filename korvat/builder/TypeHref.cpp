@@ -1,0 +1,63 @@
+#include "korvat/builder/TypeHref.h"
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+namespace zavri::korvat::builder {
+
+namespace {
+
+// Namespace of the types in LonMark's resource files.
+constexpr std::string_view kUrlPrefix = "http://types.lonmark.org/";
+
+struct FolderRow {
+  std::string_view name;
+  ResourceType type;
+};
+
+constexpr std::array<FolderRow, 4> kFolders{{
+    {"enums", ResourceType::Enum},
+    {"nvs", ResourceType::Nv},
+    {"cps", ResourceType::Cp},
+    {"fps", ResourceType::Fp},
+}};
+
+ResourceType typeOfFolder(std::string_view folder) {
+  for (const FolderRow& row : kFolders) {
+    if (row.name == folder) return row.type;
+  }
+  return ResourceType::Invalid;
+}
+
+// Takes the text up to the next "/" off the front of `rest`, and the "/" with it.
+std::string_view takeSegment(std::string_view& rest) {
+  const std::size_t end = rest.find('/');
+  const std::string_view segment = rest.substr(0, end);
+  rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+  return segment;
+}
+
+}  // namespace
+
+bool isSetPrefix(const std::string& text) {
+  return !text.empty() && TypeId(ResourceType::Nv, text, "").getScope() != Scope::InvalidScope;
+}
+
+HrefStatus parseHref(const std::string& text, TypeHref& href) {
+  std::string_view rest = text;
+  if (rest.substr(0, kUrlPrefix.size()) == kUrlPrefix) rest.remove_prefix(kUrlPrefix.size());
+
+  const std::string prefix(takeSegment(rest));
+  const std::string_view folder = takeSegment(rest);
+  if (folder.empty() && rest.empty()) return HrefStatus::Incomplete;
+  if (!isSetPrefix(prefix)) return HrefStatus::BadPrefix;
+
+  const ResourceType type = typeOfFolder(folder);
+  if (type == ResourceType::Invalid) return HrefStatus::UnknownFolder;
+
+  href = TypeHref{prefix, type, std::string(takeSegment(rest))};
+  return HrefStatus::Valid;
+}
+
+}  // namespace zavri::korvat::builder
