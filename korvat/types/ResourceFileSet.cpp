@@ -1,6 +1,8 @@
 #include "korvat/types/ResourceFileSet.h"
 
+#include <array>
 #include <string_view>
+#include <utility>
 
 #include "korvat/base/BinaryUtils.h"
 #include "korvat/base/FileUtils.h"
@@ -20,6 +22,9 @@ namespace {
 
 constexpr std::size_t kUsagePosition = 10;  // of the usage byte's two digits in a prefix
 constexpr std::size_t kScopePosition = 17;  // of the scope digit in a prefix
+
+// Bits of the usage byte that its mask takes away, in the order they are tried.
+constexpr std::array<std::uint8_t, 3> kUsageVariants{0x80, 0x40, 0xC0};
 
 const char* fileNameOf(ResourceType type) {
   switch (type) {
@@ -114,7 +119,7 @@ ResourceFileSet::~ResourceFileSet() = default;
 std::string ResourceFileSet::locateFolder(const std::string& baseDir, const std::string& prefix) {
   std::string folder = util::FileUtils::locateFolder(baseDir, prefix, false);
   if (folder.empty() && scopeCountsUsage(prefix)) {
-    for (const std::uint8_t bits : {0x80, 0x40, 0xC0}) {
+    for (const std::uint8_t bits : kUsageVariants) {
       folder = util::FileUtils::locateFolder(baseDir, withUsageBits(prefix, bits), false);
       if (!folder.empty()) break;
     }
@@ -148,6 +153,7 @@ const ResourceGroup* ResourceFileSet::getGroup(ResourceType type, bool showWarni
   try {
     if (!loadResources(type, showWarnings)) slot->reset();
   } catch (...) {
+    _groupUnderWay = ResourceType::Invalid;
     slot->reset();  // nobody may find a group that is only half read
     throw;
   }
@@ -163,14 +169,19 @@ bool ResourceFileSet::loadResources(ResourceType type, bool showWarnings) {
                 path.c_str());
 
   builder::ResourceBuilder builder(*this);
-  if (!builder.load(path, showWarnings)) return false;
+  _groupUnderWay = type;
+  const bool isLoaded = builder.load(path, showWarnings);
+  _groupUnderWay = ResourceType::Invalid;
+  if (!isLoaded) return false;
   if (type != ResourceType::Enum) finishVarTypes(**findSlot(type));
   return true;
 }
 
 bool ResourceFileSet::addType(ResourceType group, std::unique_ptr<BaseType> type) {
+  // A group that is loaded takes nothing any more: the new type could replace one that is in use.
+  if (group != _groupUnderWay || !type) return false;
   const std::unique_ptr<ResourceGroup>* slot = findSlot(group);
-  if (slot == nullptr || !*slot || !type) return false;
+  if (slot == nullptr || !*slot) return false;
 
   TypeId& typeId = type->getTypeId();
   typeId.setPrefix(_folder);

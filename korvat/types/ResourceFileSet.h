@@ -33,8 +33,8 @@ class KORVAT_API ResourceFileSet {
   // next call tries again) and for Invalid. `showWarnings` also reports a missing file.
   const ResourceGroup* getGroup(ResourceType type, bool showWarnings);
 
-  // Takes a type that was read from this set's files; false, and the type is destroyed, when there
-  // is no group under way for `type` or the group drops it. The type becomes one of this set's
+  // Takes a type that was read from the file of `group`; false, and the type is destroyed, when
+  // that is not the file being read or the group drops the type. The type becomes one of this set's
   // prefix when the folder's name is a valid prefix.
   bool addType(ResourceType group, std::unique_ptr<BaseType> type);
 
@@ -46,6 +46,7 @@ class KORVAT_API ResourceFileSet {
 
   std::string _baseDir;
   std::string _folder;
+  ResourceType _groupUnderWay = ResourceType::Invalid;  // whose file is being read
   // Destroyed in the reverse of this order.
   std::unique_ptr<ResourceGroup> _enumGroup;
   std::unique_ptr<ResourceGroup> _nvGroup;

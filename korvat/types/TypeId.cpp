@@ -1,6 +1,7 @@
 #include "korvat/types/TypeId.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "korvat/base/Logger.h"
 #include "korvat/base/StringUtils.h"
@@ -24,6 +25,10 @@ constexpr std::array<PrefixRow, 3> kPrefixes{{
 }};
 
 constexpr std::size_t kPrefixLetters = 4;
+
+// A constant of the compiler, so that identifiers among the static objects of other files may be
+// made before the strings of this one.
+constexpr std::string_view kStdPrefix = "0000000000000000-0";
 
 // Type named by the second and third letter of "SNVT" and its like.
 ResourceType typeOfLetters(char second, char third) {
@@ -52,7 +57,7 @@ const char* resourceTypeName(ResourceType type) {
   return "";
 }
 
-const std::string TypeId::StdPrefix = "0000000000000000-0";
+const std::string TypeId::StdPrefix(kStdPrefix);
 const std::string TypeId::StdProgId = "0000000000000000";
 const std::string TypeId::GenericNvType = "_xxx";
 const TypeId TypeId::None;
@@ -88,7 +93,7 @@ bool TypeId::operator<(const TypeId& other) const {
 }
 
 std::size_t TypeId::getSeparatorPosition() {
-  static const std::size_t position = StdPrefix.find('-');
+  static const std::size_t position = kStdPrefix.find('-');
   return position;
 }
 
@@ -108,7 +113,7 @@ void TypeId::setPrefix(const std::string& prefix) {
 
 std::string TypeId::getPrefix() const {
   if (!_prefixValid) return "";
-  if (!_progId.isValid()) return StdPrefix;
+  if (!_progId.isValid()) return std::string(kStdPrefix);
   return getScopeMaskedProgId().toString() + "-" + std::to_string(_scope);
 }
 
@@ -187,20 +192,20 @@ std::string TypeId::toLonFormatId() const {
 }
 
 bool TypeId::fromLonFormatId(const std::string& text) {
+  _id = text;  // first, as `text` may be the name that this identifier has
   _type = ResourceType::Invalid;
-  _id.clear();
-  if (text.empty()) return false;
+  if (_id.empty()) return false;
 
-  _id = text;
   _type = ResourceType::Enum;
-  if (text.size() <= kPrefixLetters || text[3] != 'T') return true;
-  if (text[0] != 'S' && text[0] != 'U') return true;
+  const char first = _id[0];
+  if (_id.size() <= kPrefixLetters || _id[3] != 'T') return true;
+  if (first != 'S' && first != 'U') return true;
 
-  const ResourceType type = typeOfLetters(text[1], text[2]);
+  const ResourceType type = typeOfLetters(_id[1], _id[2]);
   if (type == ResourceType::Invalid) return true;
   _type = type;
-  _id = text.substr(kPrefixLetters);
-  if (text[0] == 'S') setPrefix("");
+  _id.erase(0, kPrefixLetters);
+  if (first == 'S') setPrefix("");
   return true;
 }
 

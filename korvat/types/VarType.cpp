@@ -28,14 +28,18 @@ unsigned leafSize(const Member& member) {
   return 0;
 }
 
+// True for a single value of an enumeration that a path can name.
+bool canDiscriminate(const Member& member) {
+  return member.getKind() == Member::Kind::Enum && !member.isArray() &&
+         !member.getProgName().empty();
+}
+
 // Nearest enumeration before `child` in the structure; null when there is none.
 const Member* findEnumBefore(const MemAggregate& structure, const Member* child) {
   const Member* nearest = nullptr;
   for (const auto& sibling : structure.getChildren()) {
     if (sibling.get() == child) break;
-    if (sibling && sibling->getKind() == Member::Kind::Enum && !sibling->isArray()) {
-      nearest = sibling.get();
-    }
+    if (sibling && canDiscriminate(*sibling)) nearest = sibling.get();
   }
   return nearest;
 }
