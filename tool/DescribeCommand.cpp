@@ -161,22 +161,27 @@ std::string rightAlign(const std::string& text, std::size_t width) {
   return std::string(text.size() < width ? width - text.size() : 0, ' ') + text;
 }
 
+// The root member has no name of its own.
+std::string pathText(const json::Value& row) {
+  const std::string path = row["path"].asString();
+  return path.empty() ? "(value)" : path;
+}
+
 std::string memberLines(const json::Value& members) {
   std::size_t nameWidth = 6;
   std::size_t typeWidth = 4;
   for (unsigned i = 0; i < members.getSize(); ++i) {
-    nameWidth = std::max(nameWidth, members[i]["path"].asString().size());
+    nameWidth = std::max(nameWidth, pathText(members[i]).size());
     typeWidth = std::max(typeWidth, typeText(members[i]).size());
   }
   std::string lines = "  byte bit  bits  " + pad("member", nameWidth) + "  type\n";
   for (unsigned i = 0; i < members.getSize(); ++i) {
     const json::Value& row = members[i];
-    const std::string path = row["path"].asString();
     const std::string bit = row["bit"].isNull() ? "" : row["bit"].asString();
     std::string line = "  " + rightAlign(row["byte"].asString(), 4) + rightAlign(bit, 4) +
                        rightAlign(row["bits"].asString(), 6) + "  " +
-                       pad(path.empty() ? "(value)" : path, nameWidth) + "  " +
-                       pad(typeText(row), typeWidth) + limitsText(row) + scalingText(row);
+                       pad(pathText(row), nameWidth) + "  " + pad(typeText(row), typeWidth) +
+                       limitsText(row) + scalingText(row);
     if (!row["unit"].isNull()) line += "  [" + row["unit"].asString() + "]";
     if (!row["discriminator"].isNull()) line += "  chosen by " + row["discriminator"].asString();
     lines += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";

@@ -34,7 +34,8 @@ std::array<std::uint8_t, 8> readRaw(const Member::Context& context, const Buffer
                                     unsigned byteCount) {
   std::array<std::uint8_t, 8> bytes{};
   const unsigned size = buffer.getSize();
-  if (context.bytePos <= size && byteCount <= size - context.bytePos) {
+  // An empty buffer may have no data to point at, even for a field without bytes.
+  if (size != 0 && context.bytePos <= size && byteCount <= size - context.bytePos) {
     std::memcpy(bytes.data(), buffer.getData() + context.bytePos, byteCount);
   }
   return bytes;
@@ -84,6 +85,40 @@ std::int32_t widthOfCharEncoding(std::int8_t value) {
     default:
       return -1;
   }
+}
+
+// The member that a walk comes to next, as far as the number before it is still its element count;
+// null when there is none.
+const Member* findNext(const Member::Context& context, const std::string& key,
+                       const Member& member) {
+  switch (member.getKind()) {
+    case Member::Kind::Ref:
+      return context.currentType == nullptr ? nullptr : context.currentType->getMember();
+    case Member::Kind::Aggregate: {
+      const auto& children = static_cast<const MemAggregate&>(member).getChildren();
+      return children.empty() ? nullptr : children.front().get();
+    }
+    case Member::Kind::Scalar:
+    case Member::Kind::Bitfield:
+    case Member::Kind::Enum: {
+      const bool isChild = context.arrayIndex < 0 && !context.parentStack.empty() && !key.empty();
+      return isChild ? context.parentStack.back()->getNextSibling(key) : nullptr;
+    }
+    case Member::Kind::Float:
+    case Member::Kind::Invalid:
+      break;
+  }
+  return nullptr;
+}
+
+// A count that claims more than the array behind it can hold means all of it.
+void limitArraySize(Member::Context& context, const std::string& key, const Member& member) {
+  if (context.arraySize < 0) return;
+  const Member* next = findNext(context, key, member);
+  if (next == nullptr || !next->isDynamicArray()) return;
+  const auto largest = static_cast<std::int32_t>(
+      std::min<std::uint32_t>(next->getArraySize(), static_cast<std::uint32_t>(INT32_MAX)));
+  context.arraySize = std::min(context.arraySize, largest);
 }
 
 void describeStack(const JsonConverter::Stack& stack, std::string& text) {
@@ -145,30 +180,40 @@ bool JsonConverter::toJson(Member::Context& context, const Member& member, const
   json::Value* target = &findTarget(context, key, *parent, stack);
 
   const bool followsCharSet = context.isCharSetSelected;
-  context.isCharSetSelected = member.isCharSet();
+  // A reference hands the selection on to what it refers to.
+  context.isCharSetSelected =
+      member.isCharSet() || (followsCharSet && member.getKind() == Member::Kind::Ref);
   if (member.isArray() && context.arrayIndex < 0) {
     context.isCharSetSelected = followsCharSet;
     writeArray(context, member, buffer, *target);
     return true;
   }
+  const bool isWritten = writeMember(context, key, member, buffer, *target);
+  if (context.useDynamicArrays) limitArraySize(context, key, member);
+  return isWritten;
+}
+
+bool JsonConverter::writeMember(Member::Context& context, const std::string& key,
+                                const Member& member, const Buffer& buffer,
+                                json::Value& target) const {
   switch (member.getKind()) {
     case Member::Kind::Ref:
       context.pendingName = &key;
       return true;
     case Member::Kind::Aggregate:
-      target->switchType(json::JsonType::Object);
+      target.switchType(json::JsonType::Object);
       return true;
     case Member::Kind::Float:
-      writeFloat(context, static_cast<const MemFloat&>(member), buffer, *target);
+      writeFloat(context, static_cast<const MemFloat&>(member), buffer, target);
       return true;
     case Member::Kind::Scalar:
-      writeScalar(context, static_cast<const MemScalar&>(member), buffer, *target);
+      writeScalar(context, static_cast<const MemScalar&>(member), buffer, target);
       return true;
     case Member::Kind::Bitfield:
-      writeBitfield(context, static_cast<const MemBitfield&>(member), buffer, *target);
+      writeBitfield(context, static_cast<const MemBitfield&>(member), buffer, target);
       return true;
     case Member::Kind::Enum:
-      writeEnum(context, static_cast<const MemEnum&>(member), buffer, *target);
+      writeEnum(context, static_cast<const MemEnum&>(member), buffer, target);
       return true;
     case Member::Kind::Invalid:
       break;
@@ -245,17 +290,7 @@ void JsonConverter::writeScalar(Member::Context& context, const MemScalar& membe
     target.setValue(member.toPhysical(raw));
   }
 
-  if (!context.useDynamicArrays || !target.isInteger()) return;
-  context.arraySize = target.asInt32();
-  // A count that claims more than the array behind it can hold means all of it.
-  const Member* next = member.getProgName().empty() || context.parentStack.empty()
-                           ? nullptr
-                           : context.getNextSibling(member.getProgName());
-  if (next != nullptr && next->isDynamicArray()) {
-    const auto largest = static_cast<std::int32_t>(
-        std::min<std::uint32_t>(next->getArraySize(), static_cast<std::uint32_t>(INT32_MAX)));
-    context.arraySize = std::min(context.arraySize, largest);
-  }
+  if (context.useDynamicArrays && target.isInteger()) context.arraySize = target.asInt32();
 }
 
 void JsonConverter::writeFloat(Member::Context& context, const MemFloat& member,
@@ -328,7 +363,7 @@ bool JsonConverter::writeUnionHex(Member::Context& context, const Buffer& buffer
     return true;
   }
   const auto depth = static_cast<std::size_t>(context.depth);
-  while (depth != 0 && stack.size() > depth + 1) stack.pop_back();
+  while (stack.size() > depth + 1) stack.pop_back();
   json::Value* target = stack.back().value;
   if (target == nullptr) return false;
   target->clear();

@@ -69,6 +69,8 @@ class KORVAT_API JsonConverter {
                           Stack& stack) const;
   bool closeAggregate(Member::Context& context, const Member& member, const base::Buffer& buffer,
                       Stack& stack) const;
+  bool writeMember(Member::Context& context, const std::string& key, const Member& member,
+                   const base::Buffer& buffer, json::Value& target) const;
   void writeArray(Member::Context& context, const Member& member, const base::Buffer& buffer,
                   json::Value& target) const;
   void writeScalar(Member::Context& context, const MemScalar& member, const base::Buffer& buffer,

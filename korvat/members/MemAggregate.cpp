@@ -25,32 +25,31 @@ void MemAggregate::addChild(std::unique_ptr<Member> child) {
 
 void MemAggregate::buildLookup() {
   _lookup.clear();
-  for (const auto& child : _children) {
-    if (!child) continue;
-    if (child->getProgName().empty()) {
+  for (std::size_t i = 0; i < _children.size(); ++i) {
+    if (!_children[i]) continue;
+    if (_children[i]->getProgName().empty()) {
       Logger::debug("[MemAggregate::buildLookup] empty prog-name\n");
       continue;
     }
-    _lookup[child->getProgName()] = child.get();
+    _lookup[_children[i]->getProgName()] = i;
   }
 }
 
 const Member* MemAggregate::findChild(const std::string& progName) const {
   const auto found = _lookup.find(progName);
-  return found == _lookup.end() ? nullptr : found->second;
+  return found == _lookup.end() ? nullptr : _children[found->second].get();
 }
 
 const Member* MemAggregate::getNextSibling(const std::string& progName) const {
-  const Member* child = findChild(progName);
-  if (child == nullptr) {
+  const auto found = _lookup.find(progName);
+  if (found == _lookup.end()) {
     Logger::warning(
         "MemAggregate::getNextSibling: could not find progName '%s' in aggregate struct\n",
         progName.c_str());
     return nullptr;
   }
-  const auto place = std::find_if(_children.begin(), _children.end(),
-                                  [child](const auto& entry) { return entry.get() == child; });
-  return place + 1 == _children.end() ? nullptr : (place + 1)->get();
+  const std::size_t next = found->second + 1;
+  return next < _children.size() ? _children[next].get() : nullptr;
 }
 
 bool MemAggregate::traverseMember(Context& context, const MemberCallback& onMember,

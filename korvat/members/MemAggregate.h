@@ -50,7 +50,7 @@ class KORVAT_API MemAggregate : public Member {
 
   bool _isUnion = false;
   std::vector<std::unique_ptr<Member>> _children;
-  std::map<std::string, const Member*> _lookup;
+  std::map<std::string, std::size_t> _lookup;  // program name to position in _children
   std::string _discriminator;
 };
 

@@ -4,7 +4,6 @@
 #include <set>
 
 #include "korvat/base/Logger.h"
-#include "korvat/members/Limits.h"
 #include "korvat/types/TypeManager.h"
 #include "korvat/types/VarType.h"
 
@@ -79,15 +78,18 @@ std::uint64_t MemRef::countElementBits(BitCount& count) const {
   const VarType* type = resolve(count.typeManager);
   if (type == nullptr || type->getMember() == nullptr) return 0;
 
-  const bool isCyclic =
-      std::find(count.types.begin(), count.types.end(), type) != count.types.end();
-  if (isCyclic || count.types.size() >= kMaxNesting) {
+  const auto known = count.known.find(type);
+  if (known != count.known.end()) return known->second;
+
+  std::vector<const VarType*>& underWay = count.typesUnderWay;
+  if (std::find(underWay.begin(), underWay.end(), type) != underWay.end()) {
     Logger::warning("[korvat] cyclic reference %s\n", getRefId().toString().c_str());
     return 0;
   }
-  count.types.push_back(type);
+  underWay.push_back(type);
   const std::uint64_t bits = type->getMember()->countBits(count);
-  count.types.pop_back();
+  underWay.pop_back();
+  count.known[type] = bits;
   return bits;
 }
 

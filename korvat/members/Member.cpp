@@ -170,12 +170,14 @@ const Member* Member::findMemberAtPath(TypeManager*, const std::string& path) co
 }
 
 std::uint32_t Member::getBitCount(TypeManager* typeManager) const {
-  BitCount count{typeManager, {}, 0};
+  BitCount count;
+  count.typeManager = typeManager;
   return saturate(countBits(count));
 }
 
 std::uint32_t Member::getElementBitCount(TypeManager* typeManager) const {
-  BitCount count{typeManager, {}, 0};
+  BitCount count;
+  count.typeManager = typeManager;
   return saturate(countElementBits(count));
 }
 
@@ -186,8 +188,14 @@ std::uint64_t Member::countBits(BitCount& count) const {
         "using max size\n",
         getKindName(_kind));
   }
-  if (++count.visits > kMaxVisits) return 0;
+  if (count.nesting > kMaxNesting) {
+    Logger::warning("[Member::getBitCount] given up, members nested deeper than %ld\n",
+                    static_cast<long>(kMaxNesting));
+    return 0;
+  }
+  ++count.nesting;
   const std::uint64_t bits = saturate(countElementBits(count));
+  --count.nesting;
   return saturate(isArray() ? bits * _arraySize : bits);
 }
 

@@ -2,6 +2,7 @@
 
 #include <boost/function.hpp>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -76,8 +77,8 @@ class KORVAT_API Member {
   virtual const Member* findMemberAtPath(TypeManager* typeManager, const std::string& path) const;
 
   // Bits of the member with all its elements, and of one element. A dynamic array counts with its
-  // full size, an unresolvable or cyclic reference with 0; a count beyond 32 bits is cut to the
-  // largest.
+  // full size; an unresolvable or cyclic reference, and what is nested too deep, with 0 and a
+  // warning; a count beyond 32 bits is cut to the largest.
   std::uint32_t getBitCount(TypeManager* typeManager) const;
   std::uint32_t getElementBitCount(TypeManager* typeManager) const;
   // The same inside a count that is under way.
@@ -184,11 +185,13 @@ struct KORVAT_API Member::Context {
   std::string getPlace() const;
 };
 
-// One count of bits under way: the types being counted, to find cycles, and the work done so far.
+// One count of bits under way. A type is counted once, however often it is referred to: types that
+// refer to two of the next kind each would otherwise take a time that doubles with each level.
 struct BitCount {
   TypeManager* typeManager = nullptr;
-  std::vector<const VarType*> types;
-  std::uint32_t visits = 0;
+  std::vector<const VarType*> typesUnderWay;      // outermost first; one of them again is a cycle
+  std::map<const VarType*, std::uint64_t> known;  // bits of the types that were counted
+  std::uint32_t nesting = 0;                      // members around the one being counted
 };
 
 }  // namespace zavri::korvat

@@ -20,6 +20,13 @@ namespace zavri::korvat {
 
 using base::Logger;
 
+namespace {
+
+// No raw value is larger: byte offsets have 31 bits.
+constexpr std::uint64_t kMaxByteCount = INT32_MAX;
+
+}  // namespace
+
 MemberValue::MemberValue(TypeManager* typeManager, const VarType* typeContext,
                          const Value* topValue, const Member* member, std::vector<std::string> path,
                          std::int32_t byteOffset, std::int32_t elementIndex)
@@ -54,9 +61,12 @@ std::string MemberValue::getPathText() const {
 }
 
 MemberValue MemberValue::operator[](std::int32_t index) const {
+  if (index < 0 || !isWholeArray()) return MemberValue();
   MemberValue element = atElement(index);
-  if (index < 0) return MemberValue();
-  if (element.isValid()) element._path.push_back("[" + std::to_string(index) + "]");
+  if (!element.isValid()) return element;
+
+  if (element._path.empty()) element._path.emplace_back();
+  element._path.back() += "[" + std::to_string(index) + "]";
   return element;
 }
 
@@ -104,7 +114,9 @@ bool MemberValue::isByteArray() const {
 }
 
 unsigned MemberValue::getByteCount() const {
-  return isWholeArray() ? getElementSize() * _member->getArraySize() : getElementSize();
+  const std::uint64_t elementCount = isWholeArray() ? _member->getArraySize() : 1;
+  const std::uint64_t byteCount = elementCount * getElementSize();
+  return byteCount > kMaxByteCount ? 0 : static_cast<unsigned>(byteCount);
 }
 
 std::uint64_t MemberValue::getPosition() const {
@@ -121,22 +133,34 @@ base::Endianess MemberValue::getByteOrder() const {
   return _topValue == nullptr ? base::Endianess::Big : _topValue->getEndianess();
 }
 
-AccessStatus MemberValue::getValue(void* destination, unsigned byteCount,
-                                   const base::Buffer* buffer) const {
-  const unsigned memberSize = getByteCount();
-  if (!isValid() || memberSize == 0 || byteCount == 0) return AccessStatus::NotAccessible;
+AccessStatus MemberValue::findBytes(unsigned byteCount, const base::Buffer* buffer,
+                                    const std::uint8_t*& bytes) const {
+  if (!isValid() || getByteCount() == 0) return AccessStatus::NotAccessible;
   const base::Buffer* source = buffer != nullptr ? buffer : findBuffer(nullptr);
   if (source == nullptr) {
     Logger::warning("[MemberValue::getValue] no top value object\n");
     return AccessStatus::NotAccessible;
   }
 
-  std::memset(destination, 0, byteCount);
   const std::uint64_t position = getPosition();
   const std::uint64_t size = source->getSize();
-  if (position > size || memberSize > size - position) return AccessStatus::OutOfRange;
+  if (position > size || byteCount > size - position) return AccessStatus::OutOfRange;
+  bytes = source->getData() + position;
+  return AccessStatus::Exact;
+}
 
-  std::memcpy(destination, source->getData() + position, std::min(memberSize, byteCount));
+AccessStatus MemberValue::getValue(void* destination, unsigned byteCount,
+                                   const base::Buffer* buffer) const {
+  const unsigned memberSize = getByteCount();
+  if (byteCount == 0) return AccessStatus::NotAccessible;
+  const std::uint8_t* source = nullptr;
+  const AccessStatus status = findBytes(memberSize, buffer, source);
+  if (status == AccessStatus::NotAccessible) return status;
+
+  std::memset(destination, 0, byteCount);
+  if (status != AccessStatus::Exact) return status;
+
+  std::memcpy(destination, source, std::min(memberSize, byteCount));
   if (memberSize == byteCount) return AccessStatus::Exact;
   if (!isWholeArray()) return AccessStatus::DoesNotFit;
   return memberSize < byteCount ? AccessStatus::Truncated : AccessStatus::Exact;
@@ -154,7 +178,7 @@ AccessStatus MemberValue::setValue(const void* source, unsigned byteCount,
 
   const std::uint64_t position = getPosition();
   const std::uint64_t end = position + memberSize;
-  if (end > static_cast<std::uint64_t>(INT32_MAX)) return AccessStatus::NotAccessible;
+  if (end > kMaxByteCount) return AccessStatus::NotAccessible;
   if (target->getSize() < end) target->setSize(static_cast<unsigned>(end));
 
   std::uint8_t* bytes = target->getData() + position;
@@ -206,9 +230,11 @@ AccessStatus MemberValue::set(std::int32_t index, T value) const {
   const AccessStatus status = element.setValue(bytes.data(), ncTypeSize(ncType));
   if (status != AccessStatus::Exact) return status;
 
+  std::int64_t integer = 0;
   double floating = 0;
+  static_cast<void>(readField(ncType, bytes.data(), getByteOrder(), integer));
   static_cast<void>(readField(ncType, bytes.data(), getByteOrder(), floating));
-  element.reportOutOfRange(readInteger(ncType, bytes.data(), getByteOrder()), floating);
+  element.reportOutOfRange(integer, floating);
   return converted;
 }
 
@@ -233,9 +259,9 @@ AccessStatus MemberValue::setBitfield(std::int64_t value, base::Buffer* buffer) 
 
 std::string MemberValue::getText(base::CharEncoding encoding) const {
   if (_member == nullptr || _member->getKind() != Member::Kind::Scalar) return "";
-  std::vector<std::uint8_t> bytes(getByteCount());
-  if (getValue(bytes.data(), getByteCount()) != AccessStatus::Exact) return "";
-  return readText(bytes.data(), getByteCount(), encoding, getByteOrder());
+  const std::uint8_t* bytes = nullptr;
+  if (findBytes(getByteCount(), nullptr, bytes) != AccessStatus::Exact) return "";
+  return readText(bytes, getByteCount(), encoding, getByteOrder());
 }
 
 AccessStatus MemberValue::setText(const std::string& utf8, base::CharEncoding encoding) const {
@@ -256,13 +282,13 @@ std::string MemberValue::getRawHex(std::int32_t count) const {
   }
   MemberValue whole = *this;
   whole._elementIndex = -1;
-  std::vector<std::uint8_t> bytes(whole.getByteCount());
-  const auto size = static_cast<unsigned>(bytes.size());
-  if (whole.getValue(bytes.data(), size) != AccessStatus::Exact) return "";
+  const unsigned size = whole.getByteCount();
+  const unsigned wanted = count < 0 ? size : std::min(static_cast<unsigned>(count), size);
+  const std::uint8_t* bytes = nullptr;
+  if (whole.findBytes(wanted, nullptr, bytes) != AccessStatus::Exact) return "";
 
   std::string text;
-  const unsigned wanted = count < 0 ? size : std::min(static_cast<unsigned>(count), size);
-  util::BinaryUtils::bufferToString(text, bytes.data(), wanted);
+  util::BinaryUtils::bufferToString(text, bytes, wanted);
   return text;
 }
 

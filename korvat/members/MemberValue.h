@@ -40,8 +40,8 @@ class KORVAT_API MemberValue {
   // The type's name and the path to the member, joined by ".".
   std::string getPathText() const;
 
-  // Element `index` of an array member of numbers, bit fields or enumerations; not accessible for
-  // other members and past the end.
+  // Element `index` of an array member of numbers, bit fields or enumerations that is accessed as a
+  // whole; not accessible for other members and past the end.
   MemberValue operator[](std::int32_t index) const;
 
   // Copies the member's bytes out, or in; the smaller of the two sizes counts. Without a `buffer`
@@ -97,7 +97,7 @@ class KORVAT_API MemberValue {
   AccessStatus setText(const std::string& utf8, base::CharEncoding encoding) const;
 
   // Bytes of an array of one-byte numbers as hexadecimal text: the first `count`, all when it is
-  // negative.
+  // negative. Empty when the buffer does not hold them.
   std::string getRawHex(std::int32_t count = -1) const;
   // The reverse, cut or padded with zeros to the array's size.
   AccessStatus setRawHex(const std::string& hex) const;
@@ -119,10 +119,14 @@ class KORVAT_API MemberValue {
   unsigned getElementSize() const;
   bool isWholeArray() const;
   bool isByteArray() const;
-  unsigned getByteCount() const;
+  unsigned getByteCount() const;  // 0 also when it is beyond the range of byte offsets
   // First byte in the buffer, of the element when one is named.
   std::uint64_t getPosition() const;
   base::Buffer* findBuffer(base::Buffer* buffer) const;
+  // Points `bytes` to the member's first `byteCount` bytes: Exact, OutOfRange (beyond the buffer)
+  // or NotAccessible.
+  AccessStatus findBytes(unsigned byteCount, const base::Buffer* buffer,
+                         const std::uint8_t*& bytes) const;
   base::Endianess getByteOrder() const;
   MemberValue atElement(std::int32_t index) const;
   void reportOutOfRange(std::int64_t integer, double floating) const;
