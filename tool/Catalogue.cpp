@@ -1,8 +1,11 @@
 #include "tool/Catalogue.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <system_error>
 
+#include "korvat/base/AsciiText.h"
 #include "korvat/base/BinaryUtils.h"
 #include "korvat/base/StringUtils.h"
 #include "korvat/members/MemAggregate.h"
@@ -28,28 +31,32 @@ std::string findDefaultFolder() {
   return KORVAT_SOURCE_CATALOG;
 }
 
-bool isBlank(char character) {
-  return character == ' ' || character == '\t' || character == '\n' || character == '\r' ||
-         character == '\v' || character == '\f';
-}
-
 std::string plural(std::size_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-// True when a value of the member can be shorter than its full size.
-bool hasDynamicArray(const Member& member, TypeManager& manager) {
-  if (member.isDynamicArray()) return true;
+// True when `test` holds for the member or one inside it, references followed. To be called for a
+// layout that can be walked: it is then finite.
+bool anyMember(const Member& member, TypeManager& manager, bool (*test)(const Member&)) {
+  if (test(member)) return true;
   if (member.getKind() == Member::Kind::Ref) {
     const VarType* type = static_cast<const MemRef&>(member).resolve(&manager);
     return type != nullptr && type->getMember() != nullptr &&
-           hasDynamicArray(*type->getMember(), manager);
+           anyMember(*type->getMember(), manager, test);
   }
   if (member.getKind() != Member::Kind::Aggregate) return false;
-  for (const auto& child : static_cast<const MemAggregate&>(member).getChildren()) {
-    if (child && hasDynamicArray(*child, manager)) return true;
-  }
-  return false;
+  const auto& children = static_cast<const MemAggregate&>(member).getChildren();
+  return std::any_of(children.begin(), children.end(),
+                     [&](const auto& child) { return child && anyMember(*child, manager, test); });
+}
+
+bool isDynamicArray(const Member& member) {
+  return member.isDynamicArray();
+}
+
+bool isUnion(const Member& member) {
+  return member.getKind() == Member::Kind::Aggregate &&
+         static_cast<const MemAggregate&>(member).isUnion();
 }
 
 }  // namespace
@@ -72,7 +79,10 @@ Catalogue::Catalogue(const Options& options)
   _manager.setNetworkEndianess(options.order);
   _manager.setUseDynamicArrays(options.useDynamicArrays);
   _manager.setSupportInvalidKeyword(options.supportInvalidKeyword);
-  if (options.showUnionsAsHex) _manager.setUnionModeBit(TypeManager::UnionModeBit::UnionRawHex);
+  _manager.setAllowMissingFields(options.allowMissingFields);
+  _manager.setAllowUndefinedFields(options.allowUndefinedFields);
+  _manager.setAllowCuttingToMinMax(!options.refuseCutting);
+  if (options.useUnionHex) _manager.setUnionModeBit(TypeManager::UnionModeBit::UnionRawHex);
 
   const int level = options.logLevel;
   base::_logLevel = static_cast<Logger::Level>(std::max<int>(level, Logger::Warning));
@@ -95,11 +105,16 @@ std::string Catalogue::takeReason() {
 }
 
 const BaseType& Catalogue::findType(const std::string& text) {
+  _lastWarning.clear();
   const bool isBareName = text.find('/') == std::string::npos;
   const std::string prefix = _options.prefix.empty() ? TypeId::StdPrefix : _options.prefix;
   const TypeId id = _manager.toTypeId(isBareName ? prefix + "/" + text : text);
   const BaseType* type = _manager.getType(id);
   if (type == nullptr) {
+    // Warnings of a file that did load explain nothing.
+    const bool isLoaded =
+        id && _manager.getResourceFileSet(id.getPrefix()).getGroup(id.getType(), false) != nullptr;
+    if (isLoaded) _lastWarning.clear();
     throw Failure(kNotFound, "unknown type '" + text + "': no " +
                                  resourceTypeName(id ? id.getType() : ResourceType::Enum) +
                                  " type of that name in set " +
@@ -126,6 +141,7 @@ const VarType& Catalogue::findVarType(const std::string& text) {
 }
 
 const ResourceGroup* Catalogue::findGroup(ResourceType type) {
+  _lastWarning.clear();
   const std::string prefix = TypeId(type, _options.prefix, "").getPrefix();
   return _manager.getResourceFileSet(prefix).getGroup(type, true);
 }
@@ -136,13 +152,19 @@ Failure Catalogue::missingGroup(ResourceType type) {
                                 " of '" + _folder + "'" + takeReason());
 }
 
-unsigned Catalogue::getSize(const VarType& type) {
-  unsigned byteCount = 0;
-  if (!type.getMaxSize(&_manager, byteCount)) {
+const Catalogue::Facts& Catalogue::getFacts(const VarType& type) {
+  const auto found = _facts.find(&type);
+  if (found != _facts.end()) return found->second;
+  _lastWarning.clear();
+
+  Facts facts;
+  if (!type.getMaxSize(&_manager, facts.size)) {
     throw Failure(kProblem,
                   "the layout of " + displayName(type) + " cannot be followed" + takeReason());
   }
-  return byteCount;
+  facts.hasDynamicArray = anyMember(*type.getMember(), _manager, isDynamicArray);
+  facts.hasUnion = anyMember(*type.getMember(), _manager, isUnion);
+  return _facts.emplace(&type, facts).first->second;
 }
 
 base::Buffer Catalogue::readHex(const std::string& text) const {
@@ -150,9 +172,8 @@ base::Buffer Catalogue::readHex(const std::string& text) const {
   const unsigned byteCount = util::BinaryUtils::stringToBuffer(buffer, text, 0);
   std::size_t digits = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool isDigit =
-        std::string_view("0123456789abcdefABCDEF").find(text[i]) != std::string::npos;
-    if (!isDigit && !isBlank(text[i])) {
+    const bool isDigit = util::hexValue(text[i]) >= 0;
+    if (!isDigit && !util::isBlank(text[i])) {
       throw Failure(kProblem, "'" + text + "' is not hexadecimal: '" + text[i] + "' at position " +
                                   std::to_string(i + 1) + "; expected digits 0-9, A-F");
     }
@@ -167,11 +188,11 @@ base::Buffer Catalogue::readHex(const std::string& text) const {
 
 void Catalogue::checkLength(const VarType& type, const base::Buffer& buffer) {
   if (_options.acceptAnyLength) return;
-  const unsigned expected = getSize(type);
+  const Facts& facts = getFacts(type);
+  const unsigned expected = facts.size;
   if (buffer.getSize() == expected) return;
 
-  const bool mayBeShorter =
-      _options.useDynamicArrays && hasDynamicArray(*type.getMember(), _manager);
+  const bool mayBeShorter = _options.useDynamicArrays && facts.hasDynamicArray;
   if (mayBeShorter && buffer.getSize() < expected) return;
   throw Failure(kProblem, plural(buffer.getSize(), "byte") + " given, but a value of " +
                               displayName(type) + " has " + (mayBeShorter ? "at most " : "") +
@@ -180,10 +201,56 @@ void Catalogue::checkLength(const VarType& type, const base::Buffer& buffer) {
 
 json::Value Catalogue::decode(const VarType& type, const base::Buffer& buffer) {
   json::Value value;
+  _lastWarning.clear();
   if (!_manager.rawToJson(type.getTypeId(), buffer, value)) {
     throw Failure(kProblem, "cannot decode " + displayName(type) + takeReason());
   }
   return value;
+}
+
+Failure Catalogue::encodeFailure(const VarType& type, const JsonConverter& converter) {
+  std::string message = "cannot encode " + displayName(type);
+  if (converter.getProblems().empty()) return Failure(kProblem, message + takeReason());
+
+  const JsonConverter::Problem& problem = converter.getProblems().front();
+  message += ": " + (problem.path.empty() ? "" : problem.path + ": ") + problem.text;
+  if (const std::size_t more = converter.getProblems().size() - 1; more > 0) {
+    message += " (and " + plural(more, "more problem") + ")";
+  }
+  return Failure(kProblem, message);
+}
+
+base::Buffer Catalogue::encode(const VarType& type, const json::Value& value) {
+  _lastWarning.clear();
+  JsonConverter first(&_manager, type, _options.order, false);
+  base::Buffer raw;
+  if (!first.jsonToRaw(value, raw) || !first.getProblems().empty()) {
+    throw encodeFailure(type, first);
+  }
+  if (!getFacts(type).hasUnion || _options.useUnionHex) return raw;
+
+  // What decode shows holds every alternative of a union. They are taken together when they stand
+  // for the same bytes, as there; where they do not, nobody can tell which one is meant.
+  JsonConverter all(&_manager, type, _options.order, true);
+  base::Buffer together;
+  if (!all.jsonToRaw(value, together) || !all.getProblems().empty()) {
+    throw encodeFailure(type, all);
+  }
+  if (together == raw || decode(type, together) == value) return together;
+  throw Failure(kProblem,
+                "cannot encode " + displayName(type) +
+                    ": several alternatives of a union are given that stand for different "
+                    "bytes; keep the one that holds");
+}
+
+void Catalogue::patch(const VarType& type, const json::Value& value, base::Buffer& buffer) {
+  _lastWarning.clear();
+  JsonConverter converter(&_manager, type, _options.order, true);
+  base::Buffer changed = buffer;
+  if (!converter.patchRaw(value, changed) || !converter.getProblems().empty()) {
+    throw encodeFailure(type, converter);
+  }
+  buffer = changed;
 }
 
 }  // namespace zavri::korvat::tool

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "korvat/base/Buffer.h"
 #include "korvat/base/Logger.h"
 #include "korvat/base/Value.h"
+#include "korvat/convert/JsonConverter.h"
 #include "korvat/types/ResourceGroup.h"
 #include "korvat/types/TypeManager.h"
 #include "korvat/types/VarType.h"
@@ -39,15 +41,30 @@ class Catalogue {
   Failure missingGroup(ResourceType type);
 
   // Bytes of a value of the type, dynamic arrays at their full size.
-  unsigned getSize(const VarType& type);
+  unsigned getSize(const VarType& type) { return getFacts(type).size; }
 
   // Hexadecimal text, blanks allowed, as the bytes of one value.
   base::Buffer readHex(const std::string& text) const;
   // Throws unless the buffer is as long as the type says.
   void checkLength(const VarType& type, const base::Buffer& buffer);
   json::Value decode(const VarType& type, const base::Buffer& buffer);
+  // The raw value for a JSON value. Throws, naming the member, when any part of it cannot be taken
+  // as it is given.
+  base::Buffer encode(const VarType& type, const json::Value& value);
+  // Changes the members that `value` gives and leaves all other bits of `buffer` as they are;
+  // throws as above, and then nothing has changed.
+  void patch(const VarType& type, const json::Value& value, base::Buffer& buffer);
 
  private:
+  // What the layout of a type says about all its values.
+  struct Facts {
+    unsigned size = 0;  // bytes
+    bool hasDynamicArray = false;
+    bool hasUnion = false;
+  };
+
+  const Facts& getFacts(const VarType& type);
+  Failure encodeFailure(const VarType& type, const JsonConverter& converter);
   // The last warning of the library, in brackets, for the end of an error message; may be empty.
   std::string takeReason();
 
@@ -57,6 +74,7 @@ class Catalogue {
   std::string _lastWarning;
   base::Logger::Sink _previousSink;
   base::Logger::Level _previousLevel;
+  std::unordered_map<const VarType*, Facts> _facts;
 };
 
 // "SNVT_temp_p": the name of a type as people write it.

@@ -16,6 +16,25 @@ void runDecode(Catalogue& catalogue, const std::string& type, const std::vector<
 void runGet(Catalogue& catalogue, const std::string& type, const std::string& hex,
             const std::string& path);
 
+// A JSON value to raw bytes, as hexadecimal text.
+void runEncode(Catalogue& catalogue, const std::string& type, const std::string& jsonText);
+
+// A raw value with one member changed; all other bits stay. `value` is JSON, or plain text.
+void runSet(Catalogue& catalogue, const std::string& type, const std::string& hex,
+            const std::string& path, const std::string& value);
+
+// A raw value from one byte order into the other.
+void runSwap(Catalogue& catalogue, const std::string& type, const std::string& hex,
+             base::Endianess from);
+
+// Records, one JSON object a line, from standard input to standard output, in order and in constant
+// memory. A record names its type in "type", or `defaultType` does. "raw" is decoded to "value", or
+// "value" encoded to "raw"; other properties pass through; a record that fails gets "error" instead
+// of the result. With a `defaultType` a line may also be bare: hexadecimal text to decode, a JSON
+// value to encode; its result is bare too. Throws kProblem at the end when a record has failed.
+void runDecodeStream(Catalogue& catalogue, const std::string& defaultType);
+void runEncodeStream(Catalogue& catalogue, const std::string& defaultType);
+
 // The layout of a type, or the items of an enumeration.
 void runDescribe(Catalogue& catalogue, const std::string& type);
 

@@ -1,5 +1,8 @@
+#include "tool/Commands.h"
+
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 
 #include "korvat/base/StringUtils.h"
 #include "korvat/members/MemAggregate.h"
@@ -9,7 +12,6 @@
 #include "korvat/members/MemScalar.h"
 #include "korvat/types/CpType.h"
 #include "korvat/types/EnumType.h"
-#include "tool/Commands.h"
 #include "tool/Layout.h"
 
 namespace zavri::korvat::tool {
@@ -87,6 +89,17 @@ json::Value describeMember(const LayoutRow& row) {
   return described;
 }
 
+json::Value describeItems(const EnumType& type) {
+  json::Value items;
+  items.switchType(json::JsonType::Array);
+  for (const auto& [value, name] : type.getItemsByValue()) {
+    json::Value& item = items[items.getSize()];
+    item["value"].setValue(value);
+    item["name"] = name;
+  }
+  return items;
+}
+
 json::Value describeType(Catalogue& catalogue, const BaseType& type) {
   json::Value described;
   described["name"] = displayName(type);
@@ -96,12 +109,7 @@ json::Value describeType(Catalogue& catalogue, const BaseType& type) {
   described["obsolete"].setBoolean(type.hasFlags(BaseType::kObsolete));
 
   if (const auto* enumType = dynamic_cast<const EnumType*>(&type)) {
-    described["items"].switchType(json::JsonType::Array);
-    for (const auto& [value, name] : enumType->getItemsByValue()) {
-      json::Value& item = described["items"][described["items"].getSize()];
-      item["value"].setValue(value);
-      item["name"] = name;
-    }
+    described["items"] = describeItems(*enumType);
     return described;
   }
 
@@ -115,6 +123,10 @@ json::Value describeType(Catalogue& catalogue, const BaseType& type) {
     described["size"] = catalogue.getSize(varType);
     for (const LayoutRow& row : makeLayout(catalogue.getManager(), varType)) {
       described["members"][described["members"].getSize()] = describeMember(row);
+      if (row.member->getKind() != Member::Kind::Enum) continue;
+      const auto& member = static_cast<const MemEnum&>(*row.member);
+      const EnumType* enumType = member.resolveEnum(&catalogue.getManager());
+      if (enumType != nullptr) described["enums"][enumType->getName()] = describeItems(*enumType);
     }
   }
   for (const auto& [name, text] : varType.getFormats()) described["formats"][name] = text;
@@ -189,6 +201,15 @@ std::string memberLines(const json::Value& members) {
   return lines;
 }
 
+std::string itemLines(const json::Value& items) {
+  std::string lines;
+  for (unsigned i = 0; i < items.getSize(); ++i) {
+    lines += "  " + rightAlign(items[i]["value"].asString(), 4) + "  " +
+             items[i]["name"].asString() + "\n";
+  }
+  return lines;
+}
+
 std::string toText(const json::Value& type) {
   const bool isEnum = !type["items"].isNull();
   std::string text = type["name"].asString() + "  " + type["kind"].asString() + " " +
@@ -198,13 +219,13 @@ std::string toText(const json::Value& type) {
   text += "\n";
   if (!type["default"].isNull()) text += "default " + type["default"].asString() + "\n";
 
-  for (unsigned i = 0; i < type["items"].getSize(); ++i) {
-    const json::Value& item = type["items"][i];
-    text += "  " + rightAlign(item["value"].asString(), 4) + "  " + item["name"].asString() + "\n";
-  }
+  text += itemLines(type["items"]);
   if (type["members"].getSize() > 0) text += memberLines(type["members"]);
   if (!isEnum && type["members"].getSize() == 0) {
     text += "  no layout of its own: it takes the type of the network variable it applies to\n";
+  }
+  for (const auto& [name, items] : type["enums"].getPropertyMap()) {
+    text += "enum " + name + "\n" + itemLines(items);
   }
   for (const auto& [name, format] : type["formats"].getPropertyMap()) {
     text += "format " + (name.empty() ? "" : name + " ") + format.asString() + "\n";

@@ -1,5 +1,7 @@
 #include "tool/Layout.h"
 
+#include <utility>
+
 #include "korvat/members/MemAggregate.h"
 #include "korvat/members/MemBitfield.h"
 #include "korvat/members/MemRef.h"
@@ -41,6 +43,10 @@ class LayoutWriter {
  private:
   void addRow(const Member& member, const std::string& path, unsigned nesting,
               const VarType* refType) {
+    if (_rows.size() >= kMaxLayoutRows) {
+      throw Failure(kProblem, "the layout has more than " + std::to_string(kMaxLayoutRows) +
+                                  " members: too many to show");
+    }
     LayoutRow row;
     row.member = &member;
     row.path = path;
@@ -58,6 +64,7 @@ class LayoutWriter {
   void addContent(const Member& member, const std::string& path, unsigned nesting) {
     const Member* content = &member;
     if (member.getKind() == Member::Kind::Ref) content = resolve(member)->getMember();
+    if (content != &member && content->isArray()) return add(*content, path, nesting, nullptr);
     if (content->getKind() != Member::Kind::Aggregate) return;
 
     const auto& aggregate = static_cast<const MemAggregate&>(*content);
@@ -84,7 +91,6 @@ class LayoutWriter {
 
   void pass(const Member& member) {
     const auto ignore = [](Member::Context&, const Member&) { return true; };
-    _context.visits = 0;
     if (!member.traverse(_context, ignore, ignore)) {
       throw Failure(kProblem, "the layout cannot be followed");
     }

@@ -19,7 +19,11 @@ struct LayoutRow {
   const VarType* refType = nullptr;  // type that gives the member its layout, if it is a reference
 };
 
-// All members in the order of the layout. Throws Failure when it cannot be followed.
+// Rows beyond which a layout is not shown: a few types can describe billions of members.
+inline constexpr std::size_t kMaxLayoutRows = 100'000;
+
+// All members in the order of the layout. Throws Failure when it cannot be followed, or is larger
+// than kMaxLayoutRows.
 std::vector<LayoutRow> makeLayout(TypeManager& manager, const VarType& type);
 
 }  // namespace zavri::korvat::tool

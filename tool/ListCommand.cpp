@@ -1,21 +1,18 @@
+#include "tool/Commands.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <string_view>
 
-#include "korvat/base/StringUtils.h"
+#include "korvat/base/AsciiText.h"
 #include "korvat/types/EnumType.h"
 #include "korvat/types/ResourceGroup.h"
-#include "tool/Commands.h"
 #include "tool/Failure.h"
 
 namespace zavri::korvat::tool {
 
 namespace {
-
-char lower(char letter) {
-  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
 
 // `pattern` with "*" for any text and "?" for any character against the whole of `text`.
 bool matchesGlob(std::string_view text, std::string_view pattern) {
@@ -27,7 +24,8 @@ bool matchesGlob(std::string_view text, std::string_view pattern) {
     if (p < pattern.size() && pattern[p] == '*') {
       star = p++;
       starText = t;
-    } else if (p < pattern.size() && (pattern[p] == '?' || lower(pattern[p]) == lower(text[t]))) {
+    } else if (p < pattern.size() &&
+               (pattern[p] == '?' || util::toLower(pattern[p]) == util::toLower(text[t]))) {
       ++p;
       ++t;
     } else if (star != std::string_view::npos) {

@@ -13,7 +13,10 @@ struct Options {
   base::Endianess order = base::Endianess::Big;
   bool useDynamicArrays = false;
   bool supportInvalidKeyword = false;
-  bool showUnionsAsHex = false;
+  bool useUnionHex = false;
+  bool allowMissingFields = false;
+  bool allowUndefinedFields = false;
+  bool refuseCutting = false;
   bool acceptAnyLength = false;
   bool printJson = false;
   int logLevel = -1;  // of base::Logger; silent by default

@@ -1,5 +1,13 @@
-#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
+#include <exception>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
 
 #include "tool/Catalogue.h"
 #include "tool/Commands.h"
@@ -21,7 +29,12 @@ struct Arguments {
   std::string type;
   std::vector<std::string> hexPieces;
   std::string hex;
+  std::string json;
   std::string path;
+  std::string value;
+  base::Endianess from = base::Endianess::Big;
+  bool isStream = false;
+  std::string streamType;
   std::string kind;
   std::string pattern;
 };
@@ -39,7 +52,12 @@ void addOptions(CLI::App& app, Options& options) {
                "Arrays take their length from the number before them");
   app.add_flag("--invalid-keyword", options.supportInvalidKeyword,
                "Show the text \"invalid\" for a member's invalid marker");
-  app.add_flag("--union-hex", options.showUnionsAsHex, "Show unions as hexadecimal text");
+  app.add_flag("--union-hex", options.useUnionHex, "Unions are hexadecimal text in JSON");
+  app.add_flag("--allow-missing", options.allowMissingFields, "Encode: numbers may be left out");
+  app.add_flag("--allow-undefined", options.allowUndefinedFields,
+               "Encode: properties that name no member are ignored");
+  app.add_flag("--no-cut", options.refuseCutting,
+               "Encode: refuse numbers out of range instead of cutting them");
   app.add_flag("--any-length", options.acceptAnyLength, "Take input of any length");
   app.add_flag("--json", options.printJson, "Print describe and list as JSON");
   app.add_option("--log", options.logLevel,
@@ -48,18 +66,54 @@ void addOptions(CLI::App& app, Options& options) {
       ->type_name("LEVEL");
 }
 
-void addCommands(CLI::App& app, Options& options, Arguments& arguments) {
-  const char* typeHelp = "Name such as SNVT_switch, with or without its prefix";
-  CLI::App* decode = app.add_subcommand("decode", "Convert a raw value to JSON");
-  decode->add_option("TYPE", arguments.type, typeHelp)->required();
-  decode->add_option("HEX", arguments.hexPieces, "Raw value in hexadecimal")->required();
-  decode->callback([&] {
+const char* const kTypeHelp = "Name such as SNVT_switch, with or without its prefix";
+
+void addStreamOptions(CLI::App& command, Arguments& arguments) {
+  CLI::Option* stream =
+      command.add_flag("--stream", arguments.isStream, "Convert records, one JSON object a line");
+  command.add_option("--type", arguments.streamType, "Stream: type of records that name none")
+      ->type_name("TYPE")
+      ->needs(stream);
+}
+
+// A stream takes its values from standard input, otherwise they stand on the command line.
+void checkStreamUsage(const Arguments& arguments, bool isValueGiven, const char* valueName) {
+  if (arguments.isStream && !arguments.type.empty()) {
+    throw Failure(kWrongUsage, "--stream reads standard input: name the type with --type");
+  }
+  if (!arguments.isStream && !isValueGiven) {
+    throw Failure(kWrongUsage,
+                  std::string("TYPE and ") + valueName + " are required; see 'korvat --help'");
+  }
+}
+
+void addValueCommands(CLI::App& app, const Options& options, Arguments& arguments) {
+  CLI::App* decode = app.add_subcommand("decode", "Convert raw values to JSON");
+  decode->add_option("TYPE", arguments.type, kTypeHelp);
+  CLI::Option* hex = decode->add_option("HEX", arguments.hexPieces, "Raw value in hexadecimal");
+  addStreamOptions(*decode, arguments);
+  decode->callback([&, hex] {
+    checkStreamUsage(arguments, hex->count() > 0, "HEX");
     Catalogue catalogue(options);
+    if (arguments.isStream) return runDecodeStream(catalogue, arguments.streamType);
     runDecode(catalogue, arguments.type, arguments.hexPieces);
   });
 
+  CLI::App* encode = app.add_subcommand("encode", "Convert JSON to raw values");
+  encode->add_option("TYPE", arguments.type, kTypeHelp);
+  CLI::Option* json = encode->add_option("JSON", arguments.json, "Value as decode shows it");
+  addStreamOptions(*encode, arguments);
+  encode->callback([&, json] {
+    checkStreamUsage(arguments, json->count() > 0, "JSON");
+    Catalogue catalogue(options);
+    if (arguments.isStream) return runEncodeStream(catalogue, arguments.streamType);
+    runEncode(catalogue, arguments.type, arguments.json);
+  });
+}
+
+void addMemberCommands(CLI::App& app, const Options& options, Arguments& arguments) {
   CLI::App* get = app.add_subcommand("get", "Show one member of a raw value");
-  get->add_option("TYPE", arguments.type, typeHelp)->required();
+  get->add_option("TYPE", arguments.type, kTypeHelp)->required();
   get->add_option("HEX", arguments.hex, "Raw value in hexadecimal")->required();
   get->add_option("PATH", arguments.path, "Member, such as values[3].state")->required();
   get->callback([&] {
@@ -67,8 +121,32 @@ void addCommands(CLI::App& app, Options& options, Arguments& arguments) {
     runGet(catalogue, arguments.type, arguments.hex, arguments.path);
   });
 
+  CLI::App* set = app.add_subcommand("set", "Change one member of a raw value");
+  set->add_option("TYPE", arguments.type, kTypeHelp)->required();
+  set->add_option("HEX", arguments.hex, "Raw value in hexadecimal")->required();
+  set->add_option("PATH", arguments.path, "Member, such as values[3].state")->required();
+  set->add_option("VALUE", arguments.value, "JSON, or plain text")->required();
+  set->callback([&] {
+    Catalogue catalogue(options);
+    runSet(catalogue, arguments.type, arguments.hex, arguments.path, arguments.value);
+  });
+
+  CLI::App* swap = app.add_subcommand("swap", "Convert a raw value to the other byte order");
+  swap->add_option("TYPE", arguments.type, kTypeHelp)->required();
+  swap->add_option("HEX", arguments.hex, "Raw value in hexadecimal")->required();
+  swap->add_option("--from", arguments.from, "Byte order of HEX: big or little")
+      ->transform(CLI::CheckedTransformer(kOrders))
+      ->type_name("ORDER")
+      ->required();
+  swap->callback([&] {
+    Catalogue catalogue(options);
+    runSwap(catalogue, arguments.type, arguments.hex, arguments.from);
+  });
+}
+
+void addCatalogueCommands(CLI::App& app, const Options& options, Arguments& arguments) {
   CLI::App* describe = app.add_subcommand("describe", "Show the layout of a type");
-  describe->add_option("TYPE", arguments.type, typeHelp)->required();
+  describe->add_option("TYPE", arguments.type, kTypeHelp)->required();
   describe->callback([&] {
     Catalogue catalogue(options);
     runDescribe(catalogue, arguments.type);
@@ -94,6 +172,7 @@ int report(const std::string& message, ExitStatus status) {
 }
 
 int run(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);
   Options options;
   Arguments arguments;
   CLI::App app("A typed view of LonWorks network data", "korvat");
@@ -101,13 +180,20 @@ int run(int argc, char** argv) {
   app.require_subcommand(1);
   app.fallthrough();
   addOptions(app, options);
-  addCommands(app, options, arguments);
+  addValueCommands(app, options, arguments);
+  addMemberCommands(app, options, arguments);
+  addCatalogueCommands(app, options, arguments);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& help) {
     return app.exit(help);
   } catch (const CLI::ParseError& error) {
     return report(std::string(error.what()) + "; see 'korvat --help'", kWrongUsage);
+  }
+  // A reader that has gone away wants no more; anything else must not pass for success.
+  errno = 0;
+  if ((std::fflush(stdout) != 0 || std::ferror(stdout) != 0) && errno != EPIPE) {
+    return report(std::string("cannot write: ") + std::strerror(errno), kProblem);
   }
   return kDone;
 }

@@ -73,11 +73,14 @@ class KORVAT_API Value {
   const Value& operator[](const char* key) const { return (*this)[std::string(key)]; }
 
   // Element `index`. The mutable form makes the node an array first and fills it with null up to
-  // the index; the const form gives a null node, valid for ever, past the end.
+  // the index; the const form gives a null node, valid for ever, past the end. A negative index
+  // counts as 0.
   Value& operator[](unsigned index);
   const Value& operator[](unsigned index) const;
-  Value& operator[](int index) { return (*this)[static_cast<unsigned>(index)]; }
-  const Value& operator[](int index) const { return (*this)[static_cast<unsigned>(index)]; }
+  Value& operator[](int index) { return (*this)[static_cast<unsigned>(index < 0 ? 0 : index)]; }
+  const Value& operator[](int index) const {
+    return (*this)[static_cast<unsigned>(index < 0 ? 0 : index)];
+  }
 
   JsonType getType() const;
   NumberType getNumberType() const { return _numberType; }

@@ -41,7 +41,7 @@ class ResourceBuilder : private xml::XmlParser, public BuilderMaster {
   ~ResourceBuilder() override;
 
   // Loads one file. False, with a warning, when it cannot be opened (the warning only if asked
-  // for) or is broken; items that were read before the broken place stay in the file set.
+  // for) or is broken; items that were read before the broken place were added all the same.
   bool load(const std::string& path, bool warnIfMissing);
 
   void addItem(std::unique_ptr<BaseType> item) override;

@@ -456,6 +456,7 @@ void VarBuilder::setTopNcType(const std::string& text) {
   if (Member* top = findTop()) {
     setNcType(*top, text, getFileSetName());
   } else {
+    // The one setter that tells when no member is open: a type without it has no size.
     Logger::warning("[VarBuilder] cannot set nc-type %s\n", text.c_str());
   }
 }

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <boost/bind/bind.hpp>
 #include <cstring>
+
+#include <boost/bind/bind.hpp>
 
 #include "korvat/base/BinaryUtils.h"
 #include "korvat/base/Logger.h"
 #include "korvat/base/StringUtils.h"
+#include "korvat/convert/DynamicArrays.h"
+#include "korvat/convert/StackPath.h"
 #include "korvat/members/MemAggregate.h"
 #include "korvat/members/MemBitfield.h"
 #include "korvat/members/MemEnum.h"
@@ -66,72 +69,6 @@ void setInteger(json::Value& target, NcType ncType, std::int64_t raw) {
   target.setValue(static_cast<std::uint8_t>(raw));
 }
 
-CharEncoding encodingOfWidth(std::int32_t byteCount) {
-  if (byteCount == 2) return CharEncoding::Utf16;
-  return byteCount == 4 ? CharEncoding::Utf32 : CharEncoding::Utf8;
-}
-
-// Bytes per character that an item of char_encoding_t stands for, -1 for none.
-std::int32_t widthOfCharEncoding(std::int8_t value) {
-  switch (value) {
-    case 0:
-      return 1;
-    case 1:
-    case 3:
-    case 4:
-      return 2;
-    case 2:
-      return 4;
-    default:
-      return -1;
-  }
-}
-
-// The member that a walk comes to next, as far as the number before it is still its element count;
-// null when there is none.
-const Member* findNext(const Member::Context& context, const std::string& key,
-                       const Member& member) {
-  switch (member.getKind()) {
-    case Member::Kind::Ref:
-      return context.currentType == nullptr ? nullptr : context.currentType->getMember();
-    case Member::Kind::Aggregate: {
-      const auto& children = static_cast<const MemAggregate&>(member).getChildren();
-      return children.empty() ? nullptr : children.front().get();
-    }
-    case Member::Kind::Scalar:
-    case Member::Kind::Bitfield:
-    case Member::Kind::Enum: {
-      const bool isChild = context.arrayIndex < 0 && !context.parentStack.empty() && !key.empty();
-      return isChild ? context.parentStack.back()->getNextSibling(key) : nullptr;
-    }
-    case Member::Kind::Float:
-    case Member::Kind::Invalid:
-      break;
-  }
-  return nullptr;
-}
-
-// A count that claims more than the array behind it can hold means all of it.
-void limitArraySize(Member::Context& context, const std::string& key, const Member& member) {
-  if (context.arraySize < 0) return;
-  const Member* next = findNext(context, key, member);
-  if (next == nullptr || !next->isDynamicArray()) return;
-  const auto largest = static_cast<std::int32_t>(
-      std::min<std::uint32_t>(next->getArraySize(), static_cast<std::uint32_t>(INT32_MAX)));
-  context.arraySize = std::min(context.arraySize, largest);
-}
-
-void describeStack(const JsonConverter::Stack& stack, std::string& text) {
-  for (const JsonConverter::StackItem& item : stack) {
-    if (item.name != nullptr && !item.name->empty()) {
-      if (!text.empty()) text += '.';
-      text += *item.name;
-    } else if (item.index >= 0) {
-      text += '[' + std::to_string(item.index) + ']';
-    }
-  }
-}
-
 }  // namespace
 
 JsonConverter::JsonConverter(TypeManager* typeManager, const VarType& type,
@@ -143,12 +80,13 @@ JsonConverter::JsonConverter(TypeManager* typeManager, const VarType& type,
 
 bool JsonConverter::rawToJson(const Buffer& buffer, json::Value& value) {
   value.clear();
+  _missingEnums.clear();
   if (_type->getMember() == nullptr) return false;
 
   using namespace boost::placeholders;
   Stack stack{{nullptr, -1, &value}};
   Member::Context context(_typeManager, buffer, _allowSeveralUnionMembers);
-  context.describePlace = boost::bind(&describeStack, boost::cref(stack), _1);
+  context.describePlace = boost::bind(&appendStackPath<Stack>, boost::cref(stack), _1);
   const bool isWalked = _type->getMember()->traverse(
       context,
       boost::bind(&JsonConverter::toJson, this, _1, _2, boost::cref(buffer), boost::ref(stack)),
@@ -194,8 +132,7 @@ bool JsonConverter::toJson(Member::Context& context, const Member& member, const
 }
 
 bool JsonConverter::writeMember(Member::Context& context, const std::string& key,
-                                const Member& member, const Buffer& buffer,
-                                json::Value& target) const {
+                                const Member& member, const Buffer& buffer, json::Value& target) {
   switch (member.getKind()) {
     case Member::Kind::Ref:
       context.pendingName = &key;
@@ -258,24 +195,29 @@ void JsonConverter::writeArray(Member::Context& context, const Member& member, c
   target.switchType(json::JsonType::Array);
 }
 
-// Whether an array of integers is text, and in which encoding. Its base type says so ("char"), or
-// the width of its elements is the one that a character encoding before it selected, or it comes
-// right after a "char_set". The first array that takes a selection uses it up.
-JsonConverter::TextRule JsonConverter::takeTextRule(Member::Context& context,
-                                                    const MemScalar& member) const {
+// An array of integers is text when its base type says so ("char"), when the width of its elements
+// is the one that a character encoding before it selected, or when it comes right after a
+// "char_set".
+JsonConverter::TextRule JsonConverter::findTextRule(const Member::Context& context,
+                                                    const MemScalar& member) {
   const bool isChar =
       member.getNcType() == NcType::UnsignedChar || member.getNcType() == NcType::SignedChar;
   const auto width = static_cast<std::int32_t>(member.getByteCount());
   const std::int32_t selected = context.charEncoding;
-  const bool followsCharSet = context.isCharSetSelected;
-  context.isCharSetSelected = false;
-
   if (selected >= 0 && (isChar || width == selected)) {
-    context.charEncoding = -1;
-    return {true, encodingOfWidth(selected)};
+    return {true, encodingOfWidth(selected), true};
   }
-  if (followsCharSet) return {true, encodingOfWidth(width)};
-  return {isChar, CharEncoding::Iso8859_1};
+  if (context.isCharSetSelected) return {true, encodingOfWidth(width), false};
+  return {isChar, CharEncoding::Iso8859_1, false};
+}
+
+// The first array that a selection fits uses it up.
+JsonConverter::TextRule JsonConverter::takeTextRule(Member::Context& context,
+                                                    const MemScalar& member) {
+  const TextRule rule = findTextRule(context, member);
+  context.isCharSetSelected = false;
+  if (rule.usesSelection) context.charEncoding = -1;
+  return rule;
 }
 
 void JsonConverter::writeScalar(Member::Context& context, const MemScalar& member,
@@ -321,9 +263,9 @@ void JsonConverter::writeBitfield(const Member::Context& context, const MemBitfi
 }
 
 void JsonConverter::writeEnum(Member::Context& context, const MemEnum& member, const Buffer& buffer,
-                              json::Value& target) const {
+                              json::Value& target) {
   const auto raw = static_cast<std::int8_t>(readRaw(context, buffer, 1)[0]);
-  const EnumType* type = member.resolveEnum(_typeManager);
+  const EnumType* type = findEnum(member);
   if (type != nullptr && type->hasFlags(BaseType::kCharEncoding)) {
     context.charEncoding = widthOfCharEncoding(raw);
   }
@@ -332,6 +274,14 @@ void JsonConverter::writeEnum(Member::Context& context, const MemEnum& member, c
   } else {
     target.setValue(util::StringUtils::toString(static_cast<int>(raw)));
   }
+}
+
+// An enumeration that is missing is looked for once a conversion: each look may read a file again.
+const EnumType* JsonConverter::findEnum(const MemEnum& member) {
+  if (_missingEnums.count(member.getRefId()) != 0) return nullptr;
+  const EnumType* type = member.resolveEnum(_typeManager);
+  if (type == nullptr) _missingEnums.insert(member.getRefId());
+  return type;
 }
 
 bool JsonConverter::toJsonStructEnd(Member::Context& context, const Member& member,

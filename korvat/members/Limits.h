@@ -18,6 +18,9 @@ inline constexpr std::uint32_t kMaxVisits = 4'000'000;
 // a reference to itself.
 inline constexpr std::uint32_t kMaxNesting = 256;
 
+// Types that a reference may lead through before it reaches a layout.
+inline constexpr std::size_t kMaxReferences = 64;
+
 // Bytes of a member path. With kMaxNesting in mind, a longer one names nothing.
 inline constexpr std::size_t kMaxPathSize = 4'096;
 

@@ -24,14 +24,15 @@ void MemAggregate::addChild(std::unique_ptr<Member> child) {
 }
 
 void MemAggregate::buildLookup() {
-  _lookup.clear();
-  for (std::size_t i = 0; i < _children.size(); ++i) {
-    if (!_children[i]) continue;
-    if (_children[i]->getProgName().empty()) {
+  // Only what has come since the last time: a definition may ask again and again.
+  for (; _lookedUpCount < _children.size(); ++_lookedUpCount) {
+    const Member* child = _children[_lookedUpCount].get();
+    if (child == nullptr) continue;
+    if (child->getProgName().empty()) {
       Logger::debug("[MemAggregate::buildLookup] empty prog-name\n");
       continue;
     }
-    _lookup[_children[i]->getProgName()] = i;
+    _lookup[child->getProgName()] = _lookedUpCount;
   }
 }
 

@@ -29,7 +29,7 @@ class KORVAT_API MemAggregate : public Member {
   // walk ends there, with a warning.
   const std::vector<std::unique_ptr<Member>>& getChildren() const { return _children; }
   void addChild(std::unique_ptr<Member> child);
-  // Makes the members known by name; to be called after the last one was added and named. Of two
+  // Makes the members added since the last call known by name; they must have their names. Of two
   // members with one name the later is found; a member without a name is not.
   void buildLookup();
   // The member called `progName`, or null.
@@ -51,6 +51,7 @@ class KORVAT_API MemAggregate : public Member {
   bool _isUnion = false;
   std::vector<std::unique_ptr<Member>> _children;
   std::map<std::string, std::size_t> _lookup;  // program name to position in _children
+  std::size_t _lookedUpCount = 0;              // children that the look-up covers
   std::string _discriminator;
 };
 

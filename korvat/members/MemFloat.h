@@ -19,9 +19,6 @@ class KORVAT_API MemFloat : public TMemNumeric<double>, public NcTyped {
   // Raw number of a physical value, cut from above to the largest finite double. `quantize` first
   // snaps the value to the member's resolution.
   double fromPhysical(double value, bool quantize) const;
-
-  // Always false: no floating number has one byte.
-  bool isByteArray() const { return false; }
 };
 
 }  // namespace zavri::korvat

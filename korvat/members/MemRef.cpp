@@ -4,6 +4,7 @@
 #include <set>
 
 #include "korvat/base/Logger.h"
+#include "korvat/members/Limits.h"
 #include "korvat/types/TypeManager.h"
 #include "korvat/types/VarType.h"
 
@@ -31,7 +32,7 @@ const VarType* MemRef::resolve(TypeManager* typeManager) const {
       Logger::warning("[korvat] could not resolve ref %s\n", getRefId().toString().c_str());
       return nullptr;
     }
-    if (!visited.insert(type).second) {
+    if (!visited.insert(type).second || visited.size() > kMaxReferences) {
       Logger::warning("[korvat] cyclic reference %s\n", getRefId().toString().c_str());
       return nullptr;
     }

@@ -17,7 +17,8 @@ class KORVAT_API MemRef : public MemRefBase {
   [[nodiscard]] bool setRefType(ResourceType type) override;
 
   // The type at the end of a chain of types that are references themselves. Null, with a warning,
-  // when a type is missing or the chain runs in a circle; null also for a type that is no VarType.
+  // when a type is missing or the chain runs in a circle (one longer than kMaxReferences counts as
+  // such); null also for a type that is no VarType.
   const VarType* resolve(TypeManager* typeManager) const;
 };
 

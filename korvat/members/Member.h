@@ -1,11 +1,12 @@
 #pragma once
 
-#include <boost/function.hpp>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include <boost/function.hpp>
 
 #include "korvat/base/Buffer.h"
 #include "korvat/base/Export.h"
@@ -39,6 +40,9 @@ class KORVAT_API Member {
   struct UnionFrame {
     std::uint32_t start = 0;   // bytes from the start of the buffer
     std::uint32_t extent = 0;  // bytes of the longest alternative so far
+    // For the converter that writes:
+    std::uint32_t alternativeCount = 0;  // alternatives that the input gives
+    bool skipAlternative = false;        // the one being walked is not to be written
   };
 
   struct Context;
@@ -155,6 +159,7 @@ struct KORVAT_API Member::Context {
   // State of the converters.
   const std::string* pendingName = nullptr;  // key handed from a reference to what it refers to
   std::int32_t charEncoding = -1;            // bytes per character of the next text, -1 none
+  bool isElementRoot = false;  // next comes the root of the type that an array element refers to
   bool isCharSetSelected = false;  // a "char_set" went before: the next array of numbers is text
   bool stringDone = false;         // the array being visited was converted whole, as text
   bool hasFailed = false;          // set at a struct end, whose own result is not used

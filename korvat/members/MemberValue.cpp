@@ -56,7 +56,10 @@ std::string MemberValue::getPathText() const {
   if (_topValue != nullptr && _topValue->getType() != nullptr) {
     text = _topValue->getType()->getName();
   }
-  for (const std::string& name : _path) text += "." + name;
+  for (const std::string& name : _path) {
+    if (!text.empty()) text += '.';
+    text += name;
+  }
   return text;
 }
 
@@ -121,7 +124,13 @@ unsigned MemberValue::getByteCount() const {
 
 std::uint64_t MemberValue::getPosition() const {
   const auto element = static_cast<std::uint64_t>(std::max(_elementIndex, 0));
-  return static_cast<std::uint64_t>(_byteOffset) + element * getElementSize();
+  unsigned step = getElementSize();
+  if (_member->getKind() == Member::Kind::Bitfield) {
+    // A walk leaves the byte only behind a field that ends it.
+    const BitSlot& slot = static_cast<const MemBitfield*>(_member)->getSlot();
+    if (slot.offset + slot.width < 8) step = 0;
+  }
+  return static_cast<std::uint64_t>(_byteOffset) + element * step;
 }
 
 base::Buffer* MemberValue::findBuffer(base::Buffer* buffer) const {
@@ -252,7 +261,8 @@ AccessStatus MemberValue::setBitfield(std::int64_t value, base::Buffer* buffer) 
   const BitSlot& slot = static_cast<const MemBitfield*>(_member)->getSlot();
   std::uint8_t byte = 0;
   const base::Buffer* source = findBuffer(buffer);
-  if (source != nullptr) static_cast<void>(getValue(&byte, 1, source));
+  if (source == nullptr) return setValue(&byte, 1, nullptr);  // which tells what is missing
+  static_cast<void>(getValue(&byte, 1, source));
   const AccessStatus status = insertBits(value, slot, byte);
   return status == AccessStatus::Exact ? setValue(&byte, 1, buffer) : status;
 }

@@ -43,6 +43,26 @@ unsigned codeUnitSize(CharEncoding encoding) {
   return 1;
 }
 
+CharEncoding encodingOfWidth(std::int32_t byteCount) {
+  if (byteCount == 2) return CharEncoding::Utf16;
+  return byteCount == 4 ? CharEncoding::Utf32 : CharEncoding::Utf8;
+}
+
+std::int32_t widthOfCharEncoding(std::int8_t value) {
+  switch (value) {
+    case 0:
+      return 1;
+    case 1:
+    case 3:
+    case 4:
+      return 2;
+    case 2:
+      return 4;
+    default:
+      return -1;
+  }
+}
+
 std::string readText(const std::uint8_t* bytes, unsigned byteCount, CharEncoding encoding,
                      Endianess order) {
   const unsigned unitSize = codeUnitSize(encoding);

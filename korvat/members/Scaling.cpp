@@ -18,7 +18,10 @@ double powerOfTen(int exponent) {
 
 // value * 10^exponent. Zero stays zero even where the power is infinite.
 double shiftDecimal(double value, int exponent) {
-  if (value == 0) return value;
+  constexpr int kLargest = 308;  // of the powers of ten that are doubles
+  if (value == 0 || !std::isfinite(value)) return value;
+  for (; exponent < -kLargest; exponent += kLargest) value /= powerOfTen(kLargest);
+  for (; exponent > kLargest; exponent -= kLargest) value *= powerOfTen(kLargest);
   return exponent < 0 ? value / powerOfTen(-exponent) : value * powerOfTen(exponent);
 }
 

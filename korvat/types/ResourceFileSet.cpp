@@ -8,7 +8,6 @@
 #include "korvat/base/FileUtils.h"
 #include "korvat/base/Logger.h"
 #include "korvat/builder/ResourceBuilder.h"
-#include "korvat/members/MemAggregate.h"
 #include "korvat/types/CpType.h"
 #include "korvat/types/EnumType.h"
 #include "korvat/types/NvType.h"
@@ -73,36 +72,14 @@ std::string withUsageBits(const std::string& prefix, std::uint8_t bits) {
   return variant.replace(kUsagePosition, 2, util::BinaryUtils::toString(usage));
 }
 
-void resolveDiscriminators(const VarType& type, Member& member, const std::string& path) {
-  if (member.getKind() != Member::Kind::Aggregate) return;
-
-  auto& aggregate = static_cast<MemAggregate&>(member);
-  if (aggregate.isUnion()) {
-    const std::string discriminator = type.findDiscriminator(path);
-    if (discriminator.empty()) {
-      if (base::isLogged(Logger::Debug)) {
-        Logger::debug("[korvat] %s: no discriminator for union at %s\n",
-                      type.getTypeId().toString().c_str(), path.c_str());
-      }
-    } else {
-      aggregate.setDiscriminator(discriminator);
-    }
-  }
-  for (const auto& child : aggregate.getChildren()) {
-    if (!child) continue;
-    const std::string& name = child->getProgName();
-    resolveDiscriminators(type, *child, path.empty() ? name : path + "." + name);
-  }
-}
-
 // What follows the reading of a file of variable types.
 void finishVarTypes(const ResourceGroup& group) {
   for (const auto& [name, type] : group.getTypesByName()) {
     auto* varType = dynamic_cast<VarType*>(type.get());
     if (varType == nullptr) {
       Logger::warning("[korvat] not a VarType: %s\n", type->getTypeId().toString().c_str());
-    } else if (varType->getMember() != nullptr) {
-      resolveDiscriminators(*varType, *varType->getMember(), varType->getMember()->getProgName());
+    } else {
+      varType->resolveDiscriminators();
     }
   }
 }

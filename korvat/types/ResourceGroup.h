@@ -1,10 +1,11 @@
 #pragma once
 
-#include <boost/core/noncopyable.hpp>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
+
+#include <boost/core/noncopyable.hpp>
 
 #include "korvat/base/Export.h"
 #include "korvat/types/BaseType.h"

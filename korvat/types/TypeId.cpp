@@ -170,17 +170,18 @@ std::string TypeId::toString() const {
 }
 
 void TypeId::fromString(const std::string& text) {
+  const std::string source = text;  // `text` may be the name that this identifier has
   _type = ResourceType::Invalid;
   _scope = 0;
   _progId = base::ProgId();
   _id.clear();
 
-  const std::size_t slash = text.find('/');
+  const std::size_t slash = source.find('/');
   if (slash == std::string::npos) return;
 
-  setPrefix(text.substr(0, slash));
-  if (!fromLonFormatId(text.substr(slash + 1))) {
-    Logger::debug("[TypeId::fromString]failed to get type and id from '%s'\n", text.c_str());
+  setPrefix(source.substr(0, slash));
+  if (!fromLonFormatId(source.substr(slash + 1))) {
+    Logger::debug("[TypeId::fromString]failed to get type and id from '%s'\n", source.c_str());
   }
 }
 

@@ -18,7 +18,24 @@ TypeManager::TypeManager(const char* driverType)
     : _driverType(driverType == nullptr ? "" : driverType) {}
 
 TypeManager::TypeManager(const TypeManager&) = default;
-TypeManager& TypeManager::operator=(const TypeManager&) = default;
+
+TypeManager& TypeManager::operator=(const TypeManager& other) {
+  if (this == &other) return *this;
+  for (const auto& [prefix, fileSet] : _fileSets) _retiredFileSets.push_back(fileSet);
+  _fileSets = other._fileSets;
+  _baseDir = other._baseDir;
+  _driverType = other._driverType;
+  _networkEndianess = other._networkEndianess;
+  _useDynamicArrays = other._useDynamicArrays;
+  _showWarnings = other._showWarnings;
+  _allowMissingFields = other._allowMissingFields;
+  _allowUndefinedFields = other._allowUndefinedFields;
+  _allowCuttingToMinMax = other._allowCuttingToMinMax;
+  _supportInvalidKeyword = other._supportInvalidKeyword;
+  _unionModeBits = other._unionModeBits;
+  return *this;
+}
+
 TypeManager::~TypeManager() = default;
 
 ResourceFileSet& TypeManager::getResourceFileSet(const std::string& prefix) {
@@ -126,6 +143,28 @@ bool TypeManager::rawToJson(const TypeId& id, const base::Buffer& buffer, json::
 bool TypeManager::rawToJson(const TypeId& id, const base::Buffer& buffer, json::Value& value) {
   return rawToJson(id, buffer, value, _networkEndianess,
                    hasUnionModeBit(UnionModeBit::UnionConverterFlag));
+}
+
+bool TypeManager::jsonToRaw(const TypeId& id, const json::Value& value, base::Buffer& buffer,
+                            base::Endianess endianess, bool allowSeveralUnionMembers) {
+  const VarType* type = getVarType(id);
+  if (type == nullptr) return false;
+  JsonConverter converter(this, *type, endianess, allowSeveralUnionMembers);
+  return converter.jsonToRaw(value, buffer);
+}
+
+bool TypeManager::jsonToRaw(const TypeId& id, const json::Value& value, base::Buffer& buffer) {
+  return jsonToRaw(id, value, buffer, _networkEndianess,
+                   hasUnionModeBit(UnionModeBit::UnionConverterFlag));
+}
+
+bool TypeManager::convert(base::Endianess endianess, const TypeId& id, base::Buffer& buffer, bool) {
+  const VarType* type = getVarType(id);
+  if (type == nullptr) {
+    Logger::warning("[korvat] missing var type %s\n", id.toString().c_str());
+    return false;
+  }
+  return type->convertPacket(this, endianess, buffer);
 }
 
 Value TypeManager::accessValue(base::Endianess endianess, const TypeId& id, base::Buffer& buffer) {

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "korvat/base/Buffer.h"
 #include "korvat/base/Endianess.h"
@@ -42,7 +43,8 @@ class KORVAT_API TypeManager {
   // `driverType` is a segment of the full type identifiers; null is the empty text.
   explicit TypeManager(const char* driverType);
   TypeManager(const TypeManager&);
-  TypeManager& operator=(const TypeManager&);
+  // Takes sets and options over. Pointers from earlier look-ups of this manager still hold.
+  TypeManager& operator=(const TypeManager& other);
   ~TypeManager();
 
   // Finds or makes the set of a prefix as getPrefix() of TypeId gives it. Reads no file; a prefix
@@ -76,6 +78,19 @@ class KORVAT_API TypeManager {
   [[nodiscard]] bool rawToJson(const TypeId& id, const base::Buffer& buffer, json::Value& value,
                                base::Endianess endianess, bool allowSeveralUnionMembers);
   [[nodiscard]] bool rawToJson(const TypeId& id, const base::Buffer& buffer, json::Value& value);
+
+  // Writes a JSON value of that shape into `buffer`, which grows to the whole value. False when
+  // there is no such type or a member cannot be written (see JsonConverter, which also tells why);
+  // `buffer` then holds what was written so far.
+  [[nodiscard]] bool jsonToRaw(const TypeId& id, const json::Value& value, base::Buffer& buffer,
+                               base::Endianess endianess, bool allowSeveralUnionMembers);
+  [[nodiscard]] bool jsonToRaw(const TypeId& id, const json::Value& value, base::Buffer& buffer);
+
+  // Rewrites the raw value in `buffer` from `endianess` into the host's byte order, or back: both
+  // directions do the same, see VarType::convertPacket. False, with a warning when there is no such
+  // type, and nothing changes.
+  [[nodiscard]] bool convert(base::Endianess endianess, const TypeId& id, base::Buffer& buffer,
+                             bool toNetwork);
 
   // Access to single members of the raw value in `buffer`, which must outlive the result. A type
   // that does not exist gives a value without members.
@@ -118,6 +133,8 @@ class KORVAT_API TypeManager {
 
   // By prefix. Shared with the copies of this manager.
   std::map<std::string, std::shared_ptr<ResourceFileSet>> _fileSets;
+  // Sets that an assignment has put out of use: pointers into them still hold.
+  std::vector<std::shared_ptr<ResourceFileSet>> _retiredFileSets;
   std::string _baseDir;
   std::string _driverType;
   base::Endianess _networkEndianess = base::Endianess::Big;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "korvat/base/Logger.h"
+#include "korvat/convert/PacketConverter.h"
 #include "korvat/members/MemAggregate.h"
 #include "korvat/members/MemFloat.h"
 #include "korvat/members/MemScalar.h"
@@ -34,14 +36,31 @@ bool canDiscriminate(const Member& member) {
          !member.getProgName().empty();
 }
 
-// Nearest enumeration before `child` in the structure; null when there is none.
-const Member* findEnumBefore(const MemAggregate& structure, const Member* child) {
-  const Member* nearest = nullptr;
-  for (const auto& sibling : structure.getChildren()) {
-    if (sibling.get() == child) break;
-    if (sibling && canDiscriminate(*sibling)) nearest = sibling.get();
+std::string joinPath(const std::string& path, const std::string& name) {
+  return path.empty() ? name : path + "." + name;
+}
+
+// Goes through the members at `path`; `nearest` is the path of the enumeration that a union here
+// would take.
+void resolveIn(const BaseType& type, Member& member, const std::string& path,
+               const std::string& nearest) {
+  if (member.getKind() != Member::Kind::Aggregate) return;
+
+  auto& aggregate = static_cast<MemAggregate&>(member);
+  if (aggregate.isUnion()) {
+    aggregate.setDiscriminator(nearest);
+    if (nearest.empty() && base::isLogged(base::Logger::Debug)) {
+      base::Logger::debug("[korvat] %s: no discriminator for union at %s\n",
+                          type.getTypeId().toString().c_str(), path.c_str());
+    }
   }
-  return nearest;
+  std::string innermost = nearest;
+  for (const auto& child : aggregate.getChildren()) {
+    if (!child) continue;
+    const std::string& name = child->getProgName();
+    resolveIn(type, *child, joinPath(path, name), innermost);
+    if (canDiscriminate(*child) && !aggregate.isUnion()) innermost = joinPath(path, name);
+  }
 }
 
 }  // namespace
@@ -79,22 +98,27 @@ bool VarType::getMaxSize(TypeManager* typeManager, unsigned& byteCount) const {
   return true;
 }
 
+bool VarType::convertPacket(TypeManager* typeManager, base::Endianess order,
+                            base::Buffer& buffer) const {
+  const base::Endianess host = base::Packet::getHostByteOrder();
+  return PacketConverter(typeManager, *this, order, host).convert(buffer);
+}
+
+void VarType::resolveDiscriminators() {
+  if (_member) resolveIn(*this, *_member, "", "");
+}
+
 std::string VarType::findDiscriminator(const std::string& unionPath) const {
-  std::string discriminator;
   const Member* member = _member.get();
   std::size_t begin = 0;  // of the component after `member` in the path
-  while (begin < unionPath.size() && member != nullptr &&
-         member->getKind() == Member::Kind::Aggregate) {
+  while (member != nullptr && member->getKind() == Member::Kind::Aggregate) {
     const auto& aggregate = static_cast<const MemAggregate&>(*member);
+    if (begin >= unionPath.size()) return aggregate.getDiscriminator();
     const std::size_t end = std::min(unionPath.find('.', begin), unionPath.size());
     member = aggregate.findChild(unionPath.substr(begin, end - begin));
-    if (member != nullptr && !aggregate.isUnion()) {
-      const Member* nearest = findEnumBefore(aggregate, member);
-      if (nearest != nullptr) discriminator = unionPath.substr(0, begin) + nearest->getProgName();
-    }
     begin = end + 1;
   }
-  return member == nullptr ? std::string() : discriminator;
+  return "";
 }
 
 }  // namespace zavri::korvat

@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include "korvat/base/Buffer.h"
+#include "korvat/base/Endianess.h"
 #include "korvat/base/Export.h"
 #include "korvat/types/BaseType.h"
 
@@ -36,13 +38,22 @@ class KORVAT_API VarType : public BaseType {
   // size. False when there is no layout or a reference in it cannot be resolved.
   [[nodiscard]] bool getMaxSize(TypeManager* typeManager, unsigned& byteCount) const;
 
+  // Rewrites the raw value in `buffer`, which stands in `order`, into the host's byte order. A
+  // reversal is its own inverse: the same call brings numbers back; element counts of dynamic
+  // arrays are read in `order` all the same. False, and nothing changes, when the value is empty or
+  // shorter than its members or the type has no layout.
+  [[nodiscard]] bool convertPacket(TypeManager* typeManager, base::Endianess order,
+                                   base::Buffer& buffer) const;
+
   // Texts of the display formats by name; the name of the plain format is empty.
   const std::map<std::string, std::string>& getFormats() const { return _formats; }
   void setFormat(const std::string& name, const std::string& text) { _formats[name] = text; }
 
-  // Dotted path of the enumeration that tells which alternative of the union at `unionPath` holds:
-  // the nearest enumeration before the union in the structure around it, else the nearest one in
-  // the next structure outwards; empty when there is none.
+  // Notes in every union of the layout the dotted path of the enumeration that tells which
+  // alternative holds: the nearest enumeration before the union in the structure around it, else
+  // the nearest one in the next structure outwards. To be called once the layout is complete.
+  void resolveDiscriminators();
+  // That path for the union at `unionPath`; empty when there is none.
   std::string findDiscriminator(const std::string& unionPath) const;
 
  protected:

@@ -46,10 +46,6 @@ TEST(MemFloat, MovesByFourOrEightBytesBehindAPartlyUsedByte) {
   EXPECT_EQ(test::recordWalk(*structure), lines);
 }
 
-TEST(MemFloat, IsNeverAnArrayOfBytes) {
-  EXPECT_FALSE(test::makeFloat("f", NcType::Float, 4)->isByteArray());
-}
-
 TEST(MemFloat, ClonesIntoAFloatOfTheSameSize) {
   auto member = test::makeFloat("d", NcType::Double);
   const std::unique_ptr<Member> clone = member->clone();

@@ -146,6 +146,21 @@ const std::vector<BrokenCase> kBrokenCases = {
 INSTANTIATE_TEST_SUITE_P(References, BrokenReference, testing::ValuesIn(kBrokenCases),
                          [](const auto& info) { return info.param.name; });
 
+TEST(MemRef, TakesAChainOfMoreThanSixtyFourTypesForACircle) {
+  std::string items = nvtXml("_t0", scalarXml("unsigned char"));
+  for (int i = 1; i <= 64; ++i) {
+    items += nvtXml("_t" + std::to_string(i), refXml("_t" + std::to_string(i - 1)));
+  }
+  test::TempCatalogue files;
+  files.write(TypeId::StdPrefix, "nvs", items);
+  TypeManager manager = files.makeManager();
+  test::LogCapture log(Logger::Warning);
+  EXPECT_EQ(makeRef("r", "_t63")->getBitCount(&manager), 8u);
+  EXPECT_TRUE(log.lines().empty());
+  EXPECT_EQ(makeRef("r", "_t64")->resolve(&manager), nullptr);
+  EXPECT_EQ(log.texts(), Lines{"[korvat] cyclic reference 0000000000000000-0/SNVT_t64\n"});
+}
+
 TEST(MemRef, ResolvesToNothingWithoutAManager) {
   test::LogCapture log;
   EXPECT_EQ(makeRef("r", "_pair")->resolve(nullptr), nullptr);

@@ -91,7 +91,7 @@ TEST_F(MemberValueTest, NamesItsTypeAndPath) {
   const auto member = makeScalar("x", NcType::UnsignedLong, 3);
   EXPECT_EQ(at(*member, 0).getPathText(), "_sample.some.x");
   EXPECT_EQ(at(*member, 0)[2].getPathText(), "_sample.some.x[2]");
-  EXPECT_EQ(alone(*member, 0).getPathText(), ".x");
+  EXPECT_EQ(alone(*member, 0).getPathText(), "x");
   EXPECT_EQ(MemberValue().getPathText(), "");
   const MemberValue root(&_manager, &_type, &_value, member.get(), {}, 0, -1);
   EXPECT_EQ(root.getPathText(), "_sample");
@@ -194,7 +194,10 @@ TEST_F(MemberValueTest, ReportsAMissingBuffer) {
   EXPECT_EQ(alone(*member, 0).setUInt8(1), kNoAccess);
   EXPECT_EQ(alone(*member, 0).getText(CharEncoding::Utf8), "");
   EXPECT_EQ(alone(*member, 0).getRawHex(), "");
-  EXPECT_EQ(alone(*makeBitfield("b", 0, 3), 0).setBitfield(1), kNoAccess);
+
+  log.clear();
+  EXPECT_EQ(alone(*makeBitfield("b", 0, 3), 0).setBitfield(9), kNoAccess);
+  EXPECT_EQ(log.texts(), Lines{"[MemberValue::setValue] no buffer\n"});
 }
 
 // --- References ---
@@ -631,6 +634,21 @@ TEST_F(MemberValueTest, NeedsAWidthAndASingleElementForABitField) {
   EXPECT_EQ(hex(), "B481");
   EXPECT_EQ(at(*array, 0).getBitfield(), 0x34);  // of a whole array the first
   EXPECT_EQ(at(*array, 0, 1).getBitfield(), 1);
+}
+
+TEST_F(MemberValueTest, PlacesTheElementsOfABitFieldWhereAWalkVisitsThem) {
+  fill("1F2F3F");
+  const auto bytes = makeBitfield("b", 4, 4, false, 3);
+  EXPECT_EQ(at(*bytes, 0, 2).setBitfield(0), kExact);
+  EXPECT_EQ(hex(), "1F2F30");
+
+  // A walk stays in the byte of a field that does not end it.
+  const auto narrow = makeBitfield("n", 0, 4, false, 3);
+  EXPECT_EQ(at(*narrow, 0, 2).getBitfield(), 1);
+  EXPECT_EQ(at(*narrow, 0, 2).setBitfield(7), kExact);
+  EXPECT_EQ(hex(), "7F2F30");
+  EXPECT_EQ(test::recordWalk(*narrow),
+            (Lines{"n(array) @0 d0", "n[0] @0 d1", "n[1] @0 d1", "n[2] @0 d1"}));
 }
 
 TEST_F(MemberValueTest, AppendsTheByteOfABitFieldBehindTheBuffer) {

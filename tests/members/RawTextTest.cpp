@@ -30,6 +30,24 @@ TEST(RawText, HasCodeUnitsOfOneTwoOrFourBytes) {
   EXPECT_EQ(codeUnitSize(kUnknown), 1u);
 }
 
+TEST(RawText, HasAnEncodingForEachWidth) {
+  EXPECT_EQ(encodingOfWidth(1), kUtf8);
+  EXPECT_EQ(encodingOfWidth(2), kUtf16);
+  EXPECT_EQ(encodingOfWidth(4), kUtf32);
+  EXPECT_EQ(encodingOfWidth(3), kUtf8);
+  EXPECT_EQ(encodingOfWidth(-1), kUtf8);
+}
+
+TEST(RawText, HasAWidthForEachStandardEncodingOfCharacters) {
+  EXPECT_EQ(widthOfCharEncoding(0), 1);
+  EXPECT_EQ(widthOfCharEncoding(1), 2);
+  EXPECT_EQ(widthOfCharEncoding(2), 4);
+  EXPECT_EQ(widthOfCharEncoding(3), 2);
+  EXPECT_EQ(widthOfCharEncoding(4), 2);
+  EXPECT_EQ(widthOfCharEncoding(5), -1);
+  EXPECT_EQ(widthOfCharEncoding(-1), -1);
+}
+
 struct ReadCase {
   std::string name;
   CharEncoding encoding;

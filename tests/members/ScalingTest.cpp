@@ -146,6 +146,12 @@ const std::vector<RawCase> kRawCases = {
 INSTANTIATE_TEST_SUITE_P(Scalings, FromPhysical, testing::ValuesIn(kRawCases),
                          [](const auto& info) { return info.param.name; });
 
+TEST(Scaling, ReachesBeyondThePowersOfTenThatAreDoubles) {
+  EXPECT_DOUBLE_EQ(toPhysical(1e10, scalingOf(1, -310, 0)), 1e-300);
+  EXPECT_DOUBLE_EQ(toPhysical(1e-10, scalingOf(1, 310, 0)), 1e300);
+  EXPECT_DOUBLE_EQ(fromPhysical(1e-300, false, scalingOf(1, -310, 0)), 1e10);
+}
+
 TEST(Scaling, KeepsNotANumber) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   EXPECT_TRUE(std::isnan(toPhysical(nan, scalingOf(1, -1, 0))));

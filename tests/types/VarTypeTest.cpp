@@ -313,6 +313,7 @@ class VarTypeDiscriminator : public testing::TestWithParam<DiscriminatorCase> {}
 TEST_P(VarTypeDiscriminator, IsTheNearestEnumerationBeforeTheUnion) {
   NvType type;
   type.setMember(GetParam().make());
+  type.resolveDiscriminators();
   EXPECT_EQ(type.findDiscriminator(GetParam().unionPath), GetParam().discriminator);
 }
 
