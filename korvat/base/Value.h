@@ -74,13 +74,11 @@ class KORVAT_API Value {
 
   // Element `index`. The mutable form makes the node an array first and fills it with null up to
   // the index; the const form gives a null node, valid for ever, past the end. A negative index
-  // counts as 0.
+  // is past the end, and counts as 0 in the mutable form.
   Value& operator[](unsigned index);
   const Value& operator[](unsigned index) const;
   Value& operator[](int index) { return (*this)[static_cast<unsigned>(index < 0 ? 0 : index)]; }
-  const Value& operator[](int index) const {
-    return (*this)[static_cast<unsigned>(index < 0 ? 0 : index)];
-  }
+  const Value& operator[](int index) const { return (*this)[static_cast<unsigned>(index)]; }
 
   JsonType getType() const;
   NumberType getNumberType() const { return _numberType; }
