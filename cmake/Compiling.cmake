@@ -9,9 +9,16 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# What clang's sanitizers pass over. ccache has to be told that the file matters.
+set(sanitizerIgnoreList ${PROJECT_SOURCE_DIR}/cmake/sanitizers.ignore)
+
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+  if(KORVAT_SANITIZE)
+    list(PREPEND CMAKE_CXX_COMPILER_LAUNCHER
+      ${CMAKE_COMMAND} -E env CCACHE_EXTRAFILES=${sanitizerIgnoreList})
+  endif()
 endif()
 
 # Linked privately into each of our targets, so that a project which includes this one keeps its own
@@ -27,7 +34,7 @@ endif()
 if(KORVAT_SANITIZE)
   set(sanitizeFlags -fsanitize=${KORVAT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
-    list(APPEND sanitizeFlags -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizers.ignore)
+    list(APPEND sanitizeFlags -fsanitize-ignorelist=${sanitizerIgnoreList})
   endif()
   target_compile_options(korvat_compiling INTERFACE ${sanitizeFlags})
   target_link_options(korvat_compiling INTERFACE ${sanitizeFlags})
