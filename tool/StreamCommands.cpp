@@ -107,6 +107,7 @@ class Stream {
   virtual ~Stream() = default;
 
   void run() {
+    if (!_defaultType.empty()) findType(_defaultType);  // once, instead of in every record
     Output output;
     LineReader().read(
         [&](std::string_view line) {
@@ -159,7 +160,10 @@ class Stream {
     ++_count;
     json::Value record;
     try {
-      if (line.size() > kLongestLine) throw Failure(kProblem, "the line is too long");
+      if (line.size() > kLongestLine) {
+        throw Failure(kProblem,
+                      "the line has more than " + std::to_string(kLongestLine) + " bytes");
+      }
       std::string error;
       const bool isJson = json::Value::parse(line, record, error);
       if (!_defaultType.empty() && isBare(record, isJson)) {

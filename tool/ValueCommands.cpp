@@ -64,9 +64,17 @@ void runSet(Catalogue& catalogue, const std::string& type, const std::string& he
   const VarType& varType = catalogue.findVarType(type);
   base::Buffer raw = catalogue.readHex(hex);
   catalogue.checkLength(varType, raw);
+  // Without the keyword, which would make a number look like a text.
+  TypeManager& manager = catalogue.getManager();
+  const bool isKeywordUsed = manager.isSupportInvalidKeyword();
+  manager.setSupportInvalidKeyword(false);
   const json::Value current = catalogue.decode(varType, raw);
+  manager.setSupportInvalidKeyword(isKeywordUsed);
   const json::Value member = readMember(value, select(current, path));
   if (member.isNull()) throw Failure(kProblem, "null is no value for '" + path + "'");
+  // Members that are not given keep their bits anyway; the one that is given must not be refused
+  // in silence.
+  manager.setAllowMissingFields(false);
   catalogue.patch(varType, placeAt(path, member), raw);
   print(raw);
 }
@@ -78,9 +86,14 @@ void runSwap(Catalogue& catalogue, const std::string& type, const std::string& h
   catalogue.checkLength(varType, raw);
   const auto to = from == base::Endianess::Big ? base::Endianess::Little : base::Endianess::Big;
   PacketConverter converter(&catalogue.getManager(), varType, from, to);
+  const base::Buffer given = raw;
   if (!converter.convert(raw)) {
     throw Failure(kProblem,
                   "cannot swap " + displayName(varType) + ": it has more bytes than given");
+  }
+  // Bytes behind the value have no order: they stay.
+  for (unsigned i = catalogue.getSize(varType); i < raw.getSize(); ++i) {
+    raw.getData()[i] = given.getData()[i];
   }
   print(raw);
 }

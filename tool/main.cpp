@@ -17,6 +17,16 @@ namespace zavri::korvat::tool {
 
 namespace {
 
+// Whether a write has met a pipe that nobody reads any more.
+volatile std::sig_atomic_t isReaderGone = 0;
+
+// Such a write is to fail instead of ending the program.
+void watchReader() {
+  struct sigaction action {};
+  action.sa_handler = [](int) { isReaderGone = 1; };
+  sigaction(SIGPIPE, &action, nullptr);
+}
+
 const std::map<std::string, base::Endianess> kOrders{{"big", base::Endianess::Big},
                                                      {"little", base::Endianess::Little}};
 const std::map<std::string, int> kLogLevels{
@@ -172,7 +182,7 @@ int report(const std::string& message, ExitStatus status) {
 }
 
 int run(int argc, char** argv) {
-  std::signal(SIGPIPE, SIG_IGN);
+  watchReader();
   Options options;
   Arguments arguments;
   CLI::App app("A typed view of LonWorks network data", "korvat");
@@ -192,10 +202,11 @@ int run(int argc, char** argv) {
   }
   // A reader that has gone away wants no more; anything else must not pass for success.
   errno = 0;
-  if ((std::fflush(stdout) != 0 || std::ferror(stdout) != 0) && errno != EPIPE) {
-    return report(std::string("cannot write: ") + std::strerror(errno), kProblem);
-  }
-  return kDone;
+  const bool isFlushed = std::fflush(stdout) == 0;
+  if ((isFlushed && std::ferror(stdout) == 0) || isReaderGone != 0) return kDone;
+  // The reason of an earlier failure is not known any more.
+  const std::string reason = isFlushed ? "the output is not complete" : std::strerror(errno);
+  return report("cannot write: " + reason, kProblem);
 }
 
 }  // namespace
