@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "korvat/members/MemAggregate.h"
+#include "korvat/members/MemRef.h"
 #include "korvat/members/MemScalar.h"
 #include "korvat/types/VarType.h"
 
@@ -34,6 +35,13 @@ const Member* findNext(const Member::Context& context, const std::string& key,
   return nullptr;
 }
 
+// The root of the type that a single reference leads to; any other member itself.
+const Member& followReference(const Member::Context& context, const Member& member) {
+  if (member.getKind() != Member::Kind::Ref || member.isArray()) return member;
+  const VarType* type = static_cast<const MemRef&>(member).resolve(context.owner);
+  return type == nullptr || type->getMember() == nullptr ? member : *type->getMember();
+}
+
 }  // namespace
 
 void limitArraySize(Member::Context& context, const std::string& key, const Member& member) {
@@ -45,22 +53,33 @@ void limitArraySize(Member::Context& context, const std::string& key, const Memb
   context.arraySize = std::min(context.arraySize, largest);
 }
 
-const Member* findCountedArray(const Member::Context& context, const MemScalar& scalar) {
-  if (scalar.isArray() || !scalar.getScaling().isIdentity()) return nullptr;
-  if (context.parentStack.empty() || context.parentStack.back()->isUnion()) return nullptr;
+CountedArray findCountedArray(const Member::Context& context, const std::string& key,
+                              const MemScalar& scalar) {
+  if (scalar.isArray() || context.arrayIndex >= 0 || !scalar.getScaling().isIdentity()) return {};
+  if (context.parentStack.empty() || context.parentStack.back()->isUnion()) return {};
 
   const auto& siblings = context.parentStack.back()->getChildren();
-  auto sibling = std::find_if(siblings.begin(), siblings.end(),
-                              [&](const auto& child) { return child.get() == &scalar; });
-  if (sibling == siblings.end()) return nullptr;
+  auto sibling = std::find_if(siblings.begin(), siblings.end(), [&](const auto& child) {
+    if (child.get() == &scalar) return true;
+    const bool isReference = child && child->getKind() == Member::Kind::Ref && !child->isArray();
+    return isReference && !key.empty() && child->getProgName() == key;
+  });
+  if (sibling == siblings.end()) return {};
+  CountedArray counted;
   while (++sibling != siblings.end() && *sibling) {
     const Member& member = **sibling;
-    if (member.isDynamicArray()) return &member;
+    const Member& target = followReference(context, member);
+    if (target.isDynamicArray()) {
+      counted.array = &target;
+      counted.key = &member.getProgName();
+      return counted;
+    }
     const bool keepsCount =
         member.getKind() == Member::Kind::Enum || member.getKind() == Member::Kind::Bitfield;
-    if (!keepsCount || member.isArray()) return nullptr;
+    if (!keepsCount || member.isArray()) return {};
+    counted.between.push_back(&member);
   }
-  return nullptr;
+  return {};
 }
 
 }  // namespace zavri::korvat

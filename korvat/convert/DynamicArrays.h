@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "korvat/members/Member.h"
 
@@ -13,8 +14,17 @@ class MemScalar;
 // that claims more than the array that comes next can hold means all of it.
 void limitArraySize(Member::Context& context, const std::string& key, const Member& member);
 
-// The dynamic array whose element count the scalar is: the next array in its structure, with
-// nothing in between that would set or drop the count on the way; null when there is none.
-const Member* findCountedArray(const Member::Context& context, const MemScalar& scalar);
+// A dynamic array, with the members between its count and itself.
+struct CountedArray {
+  const Member* array = nullptr;     // null when there is none
+  const std::string* key = nullptr;  // its name in the structure
+  std::vector<const Member*> between;
+};
+
+// The dynamic array whose element count the scalar is: the next array in the structure around it,
+// with nothing in between that would set or drop the count on the way. Either may be given by a
+// reference; `key` is the name that the scalar goes by.
+CountedArray findCountedArray(const Member::Context& context, const std::string& key,
+                              const MemScalar& scalar);
 
 }  // namespace zavri::korvat

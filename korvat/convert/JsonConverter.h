@@ -25,6 +25,7 @@ class MemFloat;
 class MemScalar;
 class TypeManager;
 class VarType;
+struct CountedArray;
 
 // Converts raw values of one type to JSON and back. Manager and type must outlive it. Made for one
 // thread; any number of converters may work side by side while nobody loads types or changes
@@ -145,11 +146,15 @@ class KORVAT_API JsonConverter {
                 base::Buffer& raw, const ConstStack& stack);
   bool convertMember(Member::Context& context, const Member& member, const std::string& key,
                      const json::Value& node, base::Buffer& raw, const ConstStack& stack);
-  bool writeLeaf(Member::Context& context, const Member& member, const json::Value& node,
-                 base::Buffer& raw, const ConstStack& stack);
-  bool writeCountedScalar(Member::Context& context, const MemScalar& member,
+  bool writeLeaf(Member::Context& context, const Member& member, const std::string& key,
+                 const json::Value& node, base::Buffer& raw, const ConstStack& stack);
+  bool writeCountedScalar(Member::Context& context, const MemScalar& member, const std::string& key,
                           const json::Value& node, LeafWriter& writer, base::Buffer& raw,
                           const ConstStack& stack);
+  TextRule foreseeTextRule(const Member::Context& context, const MemScalar& member,
+                           const CountedArray& counted, const json::Value& object,
+                           const base::Buffer& raw) const;
+  static void selectCharSet(Member::Context& context, const Member& member);
   void noteWritten(Member::Context& context, const Member& member, const base::Buffer& raw) const;
   bool closeAggregateToRaw(Member::Context& context, const Member& member, base::Buffer& raw,
                            ConstStack& stack);

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include <boost/bind/bind.hpp>
@@ -30,6 +31,16 @@ using base::Logger;
 namespace {
 
 const json::Value kNull;
+
+// The bytes of the field at the context's position; zeros when it reaches beyond the buffer.
+std::array<std::uint8_t, 8> fieldAt(const Member::Context& context, const Buffer& raw,
+                                    unsigned byteCount) {
+  std::array<std::uint8_t, 8> bytes{};
+  if (byteCount != 0 && std::uint64_t{context.bytePos} + byteCount <= raw.getSize()) {
+    std::memcpy(bytes.data(), raw.getData() + context.bytePos, byteCount);
+  }
+  return bytes;
+}
 
 }  // namespace
 
@@ -88,12 +99,17 @@ bool JsonConverter::toRaw(Member::Context& context, const Member& member, Buffer
   context.pendingName = nullptr;
   const Visit visit = findNode(context, member, key, isReferenced, stack);
   const json::Value& node = stack.back().value == nullptr ? kNull : *stack.back().value;
+  if (context.stringDone) return true;
   const bool isPassed = visit == Visit::Pass || (_keepMissing && node.isNull());
-  if (isPassed) noteWritten(context, member, raw);
   if (member.isArray() && context.arrayIndex < 0) {
+    if (isPassed) noteWritten(context, member, raw);
     return isPassed || getArray(context, member, node, raw, stack);
   }
-  const bool isDone = isPassed || convertMember(context, member, key, node, raw, stack);
+  selectCharSet(context, member);
+  if (isPassed) noteWritten(context, member, raw);
+  // A reference that is passed over still hands its place on.
+  const bool isEnd = isPassed && member.getKind() != Member::Kind::Ref;
+  const bool isDone = isEnd || convertMember(context, member, key, node, raw, stack);
   if (context.useDynamicArrays) limitArraySize(context, key, member);
   return isDone;
 }
@@ -113,7 +129,7 @@ bool JsonConverter::convertMember(Member::Context& context, const Member& member
     case Member::Kind::Scalar:
     case Member::Kind::Bitfield:
     case Member::Kind::Enum:
-      return writeLeaf(context, member, node, raw, stack);
+      return writeLeaf(context, member, key, node, raw, stack);
     case Member::Kind::Invalid:
       break;
   }
@@ -128,6 +144,7 @@ JsonConverter::Visit JsonConverter::findNode(Member::Context& context, const Mem
                                              ConstStack& stack) {
   const bool isElementRoot = context.isElementRoot;
   context.isElementRoot = false;
+  context.stringDone = false;
   const json::Value* node = stack.back().value;
   if (isElementRoot) {
     context.depth -= 1;  // it stands for the element, whose node is on top
@@ -205,7 +222,8 @@ bool JsonConverter::getArray(Member::Context& context, const Member& member,
     if (rule.isText) {
       context.closeByte();
       LeafWriter writer(_typeManager, _endianess);
-      const unsigned byteCount = context.elementCount * scalar.getByteCount();
+      const unsigned byteCount =
+          std::min(context.elementCount, member.getArraySize()) * scalar.getByteCount();
       const bool isDone = writer.writeText(context, node, byteCount, rule.encoding, raw);
       const bool isForgiven = !isDone && _typeManager->isAllowMissingFields();
       if (!writer.getProblem().empty() && !isForgiven) addProblem(stack, writer.getProblem());
@@ -224,13 +242,14 @@ bool JsonConverter::getArray(Member::Context& context, const Member& member,
 }
 
 bool JsonConverter::writeLeaf(Member::Context& context, const Member& member,
-                              const json::Value& node, Buffer& raw, const ConstStack& stack) {
+                              const std::string& key, const json::Value& node, Buffer& raw,
+                              const ConstStack& stack) {
   LeafWriter writer(_typeManager, _endianess);
   bool isDone = false;
   switch (member.getKind()) {
     case Member::Kind::Scalar:
-      isDone = writeCountedScalar(context, static_cast<const MemScalar&>(member), node, writer, raw,
-                                  stack);
+      isDone = writeCountedScalar(context, static_cast<const MemScalar&>(member), key, node, writer,
+                                  raw, stack);
       break;
     case Member::Kind::Float:
       isDone = writer.writeFloat(context, static_cast<const MemFloat&>(member), node, raw);
@@ -246,45 +265,88 @@ bool JsonConverter::writeLeaf(Member::Context& context, const Member& member,
     case Member::Kind::Aggregate:
       break;
   }
-  if (isDone) {
-    noteWritten(context, member, raw);
-    return true;
+  const bool isForgiven =
+      member.getKind() == Member::Kind::Scalar && _typeManager->isAllowMissingFields();
+  if (!isDone && !isForgiven) {
+    addProblem(stack, writer.getProblem());
+    return false;
   }
-  if (member.getKind() == Member::Kind::Scalar && _typeManager->isAllowMissingFields()) return true;
-  addProblem(stack, writer.getProblem());
-  return false;
+  noteWritten(context, member, raw);
+  return true;
 }
 
 // Writes a scalar; one that is the count of a dynamic array given in the same object gets the count
 // of what is given, so that it always fits the data behind it.
 bool JsonConverter::writeCountedScalar(Member::Context& context, const MemScalar& member,
-                                       const json::Value& node, LeafWriter& writer, Buffer& raw,
-                                       const ConstStack& stack) {
-  const Member* array = context.useDynamicArrays ? findCountedArray(context, member) : nullptr;
+                                       const std::string& key, const json::Value& node,
+                                       LeafWriter& writer, Buffer& raw, const ConstStack& stack) {
+  const CountedArray counted =
+      context.useDynamicArrays ? findCountedArray(context, key, member) : CountedArray();
   const json::Value* object = stack.size() < 2 ? nullptr : stack[stack.size() - 2].value;
-  const json::Value* given = array == nullptr || object == nullptr
+  const json::Value* given = counted.array == nullptr || object == nullptr
                                  ? nullptr
-                                 : object->getPropertyMap().find(array->getProgName());
+                                 : object->getPropertyMap().find(*counted.key);
   if (given == nullptr || (!given->isArray() && !given->isString())) {
     return writer.writeScalar(context, member, node, raw);
   }
 
   unsigned count = given->getSize();
-  if (given->isString() && array->getKind() == Member::Kind::Scalar) {
-    Member::Context behind = context;
-    behind.isCharSetSelected = member.isCharSet();
-    const TextRule rule = findTextRule(behind, static_cast<const MemScalar&>(*array));
+  if (given->isString() && counted.array->getKind() == Member::Kind::Scalar) {
+    const auto& array = static_cast<const MemScalar&>(*counted.array);
+    const TextRule rule = foreseeTextRule(context, member, counted, *object, raw);
     const std::string text = base::CharEncoder::convertToEncoding(given->asString(), rule.encoding);
-    const unsigned unit = std::max(static_cast<const MemScalar&>(*array).getByteCount(), 1u);
+    const unsigned unit = std::max(array.getByteCount(), 1u);
     count = (static_cast<unsigned>(text.size()) + unit - 1) / unit;
   }
-  json::Value counted;
-  counted.setValue(static_cast<std::uint32_t>(std::min(count, array->getArraySize())));
-  return writer.writeScalar(context, member, counted, raw);
+  json::Value number;
+  number.setValue(static_cast<std::uint32_t>(std::min(count, counted.array->getArraySize())));
+  return writer.writeScalar(context, member, number, raw);
+}
+
+// The text rule that will hold at the array behind its count: an enumeration in between may select
+// the encoding.
+JsonConverter::TextRule JsonConverter::foreseeTextRule(const Member::Context& context,
+                                                       const MemScalar& member,
+                                                       const CountedArray& counted,
+                                                       const json::Value& object,
+                                                       const Buffer& raw) const {
+  Member::Context ahead = context;
+  ahead.advance(member.getByteCount());
+  selectCharSet(ahead, member);
+  const auto onMember = [&](Member::Context& at, const Member& passed) {
+    selectCharSet(at, passed);
+    if (passed.getKind() != Member::Kind::Enum) return true;
+    Member::Context first = at;
+    first.bytePos = 0;
+    Buffer byte;
+    const auto& memEnum = static_cast<const MemEnum&>(passed);
+    const json::Value& node = object[passed.getProgName()];
+    LeafWriter writer(_typeManager, _endianess);
+    if (node.isNull() || !writer.writeEnum(first, memEnum, node, byte)) {
+      noteWritten(at, passed, raw);
+    } else {
+      noteWritten(first, passed, byte);
+      at.charEncoding = first.charEncoding;
+    }
+    return true;
+  };
+  const auto onStructEnd = [](Member::Context&, const Member&) { return true; };
+  for (const Member* passed : counted.between) {
+    static_cast<void>(passed->traverse(ahead, onMember, onStructEnd));
+  }
+  return findTextRule(ahead, static_cast<const MemScalar&>(*counted.array));
+}
+
+// A "char_set" makes the array right after it text. A reference hands the selection on to what it
+// refers to.
+void JsonConverter::selectCharSet(Member::Context& context, const Member& member) {
+  const bool isHandedOn = context.isCharSetSelected && member.getKind() == Member::Kind::Ref;
+  context.isCharSetSelected = member.isCharSet() || isHandedOn;
 }
 
 // Keeps what the members after this one depend on: the count of a dynamic array, the width of the
-// characters, the "char_set". Taken from the bytes, so that it holds for members left alone too.
+// characters. Taken from the bytes, so that it holds for members left alone too; what lies beyond
+// the end counts as 0, which it will be.
 void JsonConverter::noteWritten(Member::Context& context, const Member& member,
                                 const Buffer& raw) const {
   if (member.isArray() && context.arrayIndex < 0) {
@@ -293,26 +355,22 @@ void JsonConverter::noteWritten(Member::Context& context, const Member& member,
     }
     return;
   }
-  context.isCharSetSelected = member.isCharSet();
-  const bool isScalar = member.getKind() == Member::Kind::Scalar;
-  const bool isEnum = member.getKind() == Member::Kind::Enum;
-  if (!isScalar && !isEnum) return;
-  const unsigned byteCount = isEnum ? 1 : static_cast<const MemScalar&>(member).getByteCount();
-  if (byteCount == 0 || std::uint64_t{context.bytePos} + byteCount > raw.getSize()) return;
-
-  const std::uint8_t* bytes = raw.getData() + context.bytePos;
-  if (isEnum) {
+  if (member.getKind() == Member::Kind::Enum) {
     const auto& memEnum = static_cast<const MemEnum&>(member);
     const auto* type = dynamic_cast<const EnumType*>(_typeManager->getType(memEnum.getRefId()));
     if (type != nullptr && type->hasFlags(BaseType::kCharEncoding)) {
-      context.charEncoding = widthOfCharEncoding(static_cast<std::int8_t>(bytes[0]));
+      const auto byte = static_cast<std::int8_t>(fieldAt(context, raw, 1)[0]);
+      context.charEncoding = widthOfCharEncoding(byte);
     }
-    return;
+  } else if (member.getKind() == Member::Kind::Float) {
+    context.arraySize = -1;
+  } else if (member.getKind() == Member::Kind::Scalar) {
+    const auto& scalar = static_cast<const MemScalar&>(member);
+    if (!context.useDynamicArrays || !scalar.getScaling().isIdentity()) return;
+    const auto bytes = fieldAt(context, raw, scalar.getByteCount());
+    const std::int64_t count = readInteger(scalar.getNcType(), bytes.data(), _endianess);
+    context.arraySize = static_cast<std::int32_t>(std::clamp<std::int64_t>(count, -1, INT32_MAX));
   }
-  const auto& scalar = static_cast<const MemScalar&>(member);
-  if (!context.useDynamicArrays || !scalar.getScaling().isIdentity()) return;
-  const std::int64_t count = readInteger(scalar.getNcType(), bytes, _endianess);
-  context.arraySize = static_cast<std::int32_t>(std::clamp<std::int64_t>(count, -1, INT32_MAX));
 }
 
 bool JsonConverter::toRawStructEnd(Member::Context& context, const Member& member, Buffer& raw,

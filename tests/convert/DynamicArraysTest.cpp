@@ -1,0 +1,224 @@
+#include "korvat/convert/DynamicArrays.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/LogCapture.h"
+#include "tests/convert/Encoding.h"
+
+namespace zavri::korvat {
+namespace {
+
+using base::Endianess;
+using base::Logger;
+using test::arraySize;
+using test::bits;
+using test::dynamicArray;
+using test::encode;
+using test::Encoded;
+using test::encodeOver;
+using test::enumeration;
+using test::floating;
+using test::LogCapture;
+using test::OwnTypes;
+using test::reference;
+using test::scalar;
+using test::scaling;
+using test::structure;
+using test::unionOf;
+
+using Lines = std::vector<std::string>;
+
+// A count and up to four numbers of two bytes.
+const std::string kCounted = structure({{"n", scalar("unsigned short")},
+                                        {"list", scalar("unsigned long"), dynamicArray(0, 4)},
+                                        {"after", scalar("unsigned short")}});
+
+struct CountCase {
+  std::string name;
+  std::string xml;
+  std::string json;
+  std::string raw;
+};
+
+class DynamicArrayCount : public testing::TestWithParam<CountCase> {};
+
+TEST_P(DynamicArrayCount, FollowsWhatIsGiven) {
+  const CountCase& c = GetParam();
+  OwnTypes types(c.xml);
+  types.manager().setUseDynamicArrays(true);
+  const LogCapture log(Logger::Warning);
+  EXPECT_EQ(encode(types, c.json), c.raw);
+  EXPECT_EQ(log.texts(), Lines());
+}
+
+const std::vector<CountCase> kCountCases = {
+    {"OverItsOwnNode", kCounted, R"({"n":4,"list":[1,2],"after":34})", "020001000222"},
+    {"WithoutItsOwnNode", kCounted, R"({"list":[1],"after":34})", "01000122"},
+    {"WhateverItsOwnNodeIs", kCounted, R"({"n":"x","list":[1],"after":34})", "01000122"},
+    {"EmptyArray", kCounted, R"({"n":4,"list":[],"after":34})", "0022"},
+    {"CountOfTwoBytes",
+     structure({{"n", scalar("unsigned long")},
+                {"list", scalar("unsigned short"), dynamicArray(0, 300)}}),
+     R"({"n":0,"list":[7,8]})", "00020708"},
+    {"Text",
+     structure({{"n", scalar("unsigned short")},
+                {"text", scalar("unsigned char"), dynamicArray(0, 4)},
+                {"after", scalar("unsigned short")}}),
+     R"({"n":0,"text":"ABC","after":34})", "0341424322"},
+    // One byte a character: é is E9 there.
+    {"TextOfOneByteCharacters",
+     structure(
+         {{"n", scalar("unsigned short")}, {"text", scalar("unsigned char"), dynamicArray(0, 4)}}),
+     R"({"n":0,"text":"é"})", "01E9"},
+    {"TextBehindCharSet",
+     structure({{"char_set", scalar("unsigned short")},
+                {"text", scalar("unsigned long"), dynamicArray(0, 4)}}),
+     R"({"char_set":0,"text":"AB"})", "0200410042"},
+    {"TextWhoseEncodingStandsInBetween",
+     structure({{"n", scalar("unsigned short")},
+                {"encoding", enumeration("char_encoding_t")},
+                {"text", scalar("unsigned long"), dynamicArray(0, 4)},
+                {"after", scalar("unsigned short")}}),
+     R"({"n":0,"encoding":"CE_16","text":"AB","after":34})", "02010041004222"},
+    {"TextOfUtf8InBetween",
+     structure({{"n", scalar("unsigned short")},
+                {"encoding", enumeration("char_encoding_t")},
+                {"text", scalar("unsigned char"), dynamicArray(0, 4)}}),
+     R"({"n":0,"encoding":"CE_8","text":"é"})", "0200C3A9"},
+    {"EnumerationInBetween",
+     structure({{"n", scalar("unsigned short")},
+                {"power", enumeration("power_t")},
+                {"list", scalar("unsigned short"), dynamicArray(0, 4)}}),
+     R"({"n":0,"power":1,"list":[5,6]})", "02010506"},
+    {"BitFieldInBetween",
+     structure({{"n", scalar("unsigned short")},
+                {"bits", bits(0, 8)},
+                {"list", scalar("unsigned short"), dynamicArray(0, 4)}}),
+     R"({"n":0,"bits":1,"list":[5,6]})", "02010506"},
+    {"OfStructures",
+     structure({{"n", scalar("unsigned short")},
+                {"rows", structure({{"a", scalar("unsigned short")}}), dynamicArray(0, 3)}}),
+     R"({"n":0,"rows":[{"a":1},{"a":2}]})", "020102"},
+    {"GivenByAReference",
+     structure(
+         {{"n", reference("SNVT_word")}, {"list", scalar("unsigned short"), dynamicArray(0, 4)}}),
+     R"({"n":9,"list":[5,6]})", "00020506"},
+    {"OfReferences",
+     structure(
+         {{"n", scalar("unsigned short")}, {"list", reference("SNVT_pair"), dynamicArray(0, 4)}}),
+     R"({"n":9,"list":[{"a":1,"b":2}]})", "010102"},
+    {"InEachElementOfAnArray",
+     structure(
+         {{"n", scalar("unsigned short")}, {"list", scalar("unsigned short"), dynamicArray(0, 4)}},
+         arraySize(2)),
+     R"([{"n":9,"list":[5]},{"n":9,"list":[6,7]}])", "0105020607"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Cases, DynamicArrayCount, testing::ValuesIn(kCountCases),
+                         [](const auto& info) { return info.param.name; });
+
+TEST(DynamicArrays, StandWholeWithoutTheOption) {
+  OwnTypes types(kCounted);
+  EXPECT_EQ(encode(types, R"({"n":2,"list":[1,2,3,4],"after":34})"), "02000100020003000422");
+}
+
+TEST(DynamicArrays, AreCutToWhatTheTypeHolds) {
+  OwnTypes types(kCounted);
+  types.manager().setUseDynamicArrays(true);
+  const Encoded encoded = encodeOver(types, "", R"({"n":1,"list":[1,2,3,4,5],"after":34})");
+  EXPECT_EQ(encoded.raw, "04000100020003000422");
+  EXPECT_EQ(encoded.problems, Lines{"list: 5 elements given, at most 4 expected"});
+}
+
+TEST(DynamicArrays, CutATextToWhatTheTypeHolds) {
+  OwnTypes types(structure(
+      {{"n", scalar("unsigned short")}, {"text", scalar("unsigned char"), dynamicArray(0, 2)}}));
+  types.manager().setUseDynamicArrays(true);
+  const LogCapture log(Logger::Warning);
+  EXPECT_EQ(encode(types, R"({"n":0,"text":"ABC"})"), "024142");
+  EXPECT_EQ(log.texts(), Lines{"[JsonConverter::getString] string truncated: ABC\n"});
+}
+
+TEST(DynamicArrays, TakeTheCountGivenWhenTheArrayIsNot) {
+  OwnTypes types(kCounted);
+  types.manager().setUseDynamicArrays(true);
+  const LogCapture log(Logger::Warning);
+  EXPECT_EQ(encode(types, R"({"n":2,"after":34})"), "020000000022");
+  EXPECT_EQ(encode(types, R"({"n":200,"after":34})"), "C8000000000000000022");
+  EXPECT_EQ(log.texts(), (Lines{"[JsonConverter::getArray] expected array\n",
+                                "[JsonConverter::getArray] expected array\n"}));
+}
+
+TEST(DynamicArrays, AreAsLongAsTheBytesSayWhenTheCountIsForgiven) {
+  OwnTypes types(kCounted);
+  types.manager().setUseDynamicArrays(true);
+  types.manager().setAllowMissingFields(true);
+  const LogCapture log(Logger::Warning);
+  EXPECT_EQ(encode(types, R"({"after":34})"), "0022");
+  EXPECT_EQ(encodeOver(types, "01", R"({"after":34})").raw, "01000022");
+}
+
+TEST(DynamicArrays, ForgetACountBehindAFloatingNumber) {
+  OwnTypes types(structure({{"n", scalar("unsigned short")},
+                            {"f", floating("float")},
+                            {"list", scalar("unsigned short"), dynamicArray(0, 3)}}));
+  types.manager().setUseDynamicArrays(true);
+  const LogCapture log(Logger::Warning);
+  EXPECT_EQ(encode(types, R"({"n":1,"f":1.5,"list":[5,6,7]})"), "013FC00000050607");
+  EXPECT_EQ(types.decode("013FC00000050607"), R"({"n":1,"f":1.5,"list":[5,6,7]})");
+}
+
+TEST(DynamicArrays, AreNotCountedByAScaledNumber) {
+  OwnTypes types(structure({{"n", scalar("unsigned short", scaling(5, -1, 0))},
+                            {"list", scalar("unsigned short"), dynamicArray(0, 2)}}));
+  types.manager().setUseDynamicArrays(true);
+  const LogCapture log(Logger::Warning);
+  EXPECT_EQ(encode(types, R"({"n":0.5,"list":[5,6]})"), "010506");
+  EXPECT_EQ(log.texts(), Lines{"Member::getEffectiveArraySize failed, no arraySize in context\n"});
+}
+
+TEST(DynamicArrays, AreNotCountedAcrossAnotherArray) {
+  OwnTypes types(structure({{"n", scalar("unsigned short")},
+                            {"fixed", scalar("unsigned short"), arraySize(1)},
+                            {"list", scalar("unsigned short"), dynamicArray(0, 2)}}));
+  types.manager().setUseDynamicArrays(true);
+  const LogCapture log(Logger::Warning);
+  EXPECT_EQ(encode(types, R"({"n":9,"fixed":[1],"list":[5,6]})"), "09010506");
+}
+
+TEST(DynamicArrays, AreCountedInAUnionByWhatItGives) {
+  OwnTypes types(structure({{"u", unionOf({{"counted", kCounted}, {"byte", bits(0, 8)}})}}));
+  types.manager().setUseDynamicArrays(true);
+  EXPECT_EQ(encode(types, R"({"u":{"counted":{"n":4,"list":[1],"after":34}}})"), "01000122");
+}
+
+TEST(DynamicArrays, WriteTheCountInTheOrderOfTheValue) {
+  OwnTypes types(structure(
+      {{"n", scalar("unsigned long")}, {"list", scalar("unsigned long"), dynamicArray(0, 4)}}));
+  types.manager().setUseDynamicArrays(true);
+  EXPECT_EQ(encode(types, R"({"list":[1,2]})", Endianess::Little), "020001000200");
+}
+
+TEST(DynamicArrays, ReadBackWhatWasWritten) {
+  OwnTypes types(structure({{"n", scalar("unsigned short")},
+                            {"encoding", enumeration("char_encoding_t")},
+                            {"text", scalar("unsigned long"), dynamicArray(0, 4)}}));
+  types.manager().setUseDynamicArrays(true);
+  const std::string json = R"({"n":2,"encoding":"CE_16","text":"AB"})";
+  EXPECT_EQ(encode(types, json), "020100410042");
+  EXPECT_EQ(types.decode("020100410042"), json);
+}
+
+TEST(DynamicArrays, NeedACountOfTheirOwnStructure) {
+  OwnTypes types(
+      structure({{"n", scalar("unsigned short")},
+                 {"s", structure({{"list", scalar("unsigned short"), dynamicArray(0, 4)}})}}));
+  types.manager().setUseDynamicArrays(true);
+  EXPECT_EQ(encode(types, R"({"n":2,"s":{"list":[5,6]}})"), "020506");
+}
+
+}  // namespace
+}  // namespace zavri::korvat
