@@ -2,9 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
+
+#include "tests/builder/TransitionTableChecks.h"
 
 namespace zavri::korvat::builder {
 namespace {
@@ -42,27 +43,10 @@ const std::vector<std::string> kActionNames = {
     "PA_addEnumMember", "PA_skipElement",   "PA_callDone",
 };
 
-// Records the action that runs and leaves the state to the table.
-class RecordingTable : public EnumTransitionTable {
- public:
-  using EnumTransitionTable::setState;
-
-  void processAction(std::uint32_t number, const AttributeMap*, const std::string*) override {
-    action = number;
-  }
-
-  std::uint32_t action = PA_none;
-};
-
 class EnumTransitionRow : public testing::TestWithParam<Transition> {};
 
 TEST_P(EnumTransitionRow, TakesItsNextStateAndRunsItsAction) {
-  const Transition& row = GetParam();
-  RecordingTable table;
-  table.setState(row.state);
-  table.processEvent(row.event, nullptr, nullptr);
-  EXPECT_EQ(table.getState(), row.nextState);
-  EXPECT_EQ(table.action, row.action);
+  expectRow<EnumTransitionTable>(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(EnumTransitionTable, EnumTransitionRow, testing::ValuesIn(kRows),
@@ -73,43 +57,13 @@ INSTANTIATE_TEST_SUITE_P(EnumTransitionTable, EnumTransitionRow, testing::Values
 
 TEST(EnumTransitionTable, HasTheseRowsOnly) {
   EXPECT_EQ(kRows.size(), 9u);
-  EXPECT_EQ(EnumTransitionTable::kTransitions.size(), 9u);
-  for (std::uint32_t state = 0; state <= kStateNames.size(); ++state) {
-    for (std::uint32_t event = 0; event <= kEventNames.size(); ++event) {
-      const bool isListed = std::any_of(kRows.begin(), kRows.end(), [=](const Transition& row) {
-        return row.state == state && row.event == event;
-      });
-      if (isListed) continue;
-
-      SCOPED_TRACE(std::to_string(state) + " " + std::to_string(event));
-      RecordingTable table;
-      table.setState(state);
-      table.processEvent(event, nullptr, nullptr);
-      EXPECT_EQ(table.getState(), state);
-      EXPECT_EQ(table.action, 0u);
-    }
-  }
+  expectNoOtherRows<EnumTransitionTable>(kRows, kStateNames.size(), kEventNames.size());
 }
 
-TEST(EnumTransitionTable, NamesEveryStateEventAndAction) {
-  for (std::uint32_t i = 0; i < kStateNames.size(); ++i) {
-    EXPECT_EQ(EnumTransitionTable::stateName(i), kStateNames[i]);
-  }
-  for (std::uint32_t i = 0; i < kEventNames.size(); ++i) {
-    EXPECT_EQ(EnumTransitionTable::eventName(i), kEventNames[i]);
-  }
-  for (std::uint32_t i = 0; i < kActionNames.size(); ++i) {
-    EXPECT_EQ(EnumTransitionTable::actionName(i), kActionNames[i]);
-  }
-}
-
-TEST(EnumTransitionTable, NamesAnyOtherNumberUnknown) {
-  EXPECT_STREQ(EnumTransitionTable::stateName(5), "(unknown PState)");
-  EXPECT_STREQ(EnumTransitionTable::eventName(10), "(unknown PEvent)");
-  EXPECT_STREQ(EnumTransitionTable::actionName(6), "(unknown PAction)");
-  EXPECT_STREQ(EnumTransitionTable::stateName(0xFFFFFFFF), "(unknown PState)");
-  EXPECT_STREQ(EnumTransitionTable::eventName(0xFFFFFFFF), "(unknown PEvent)");
-  EXPECT_STREQ(EnumTransitionTable::actionName(0xFFFFFFFF), "(unknown PAction)");
+TEST(EnumTransitionTable, NamesEveryStateEventAndActionAndNoOtherNumber) {
+  expectNames(EnumTransitionTable::stateName, kStateNames, "(unknown PState)");
+  expectNames(EnumTransitionTable::eventName, kEventNames, "(unknown PEvent)");
+  expectNames(EnumTransitionTable::actionName, kActionNames, "(unknown PAction)");
 }
 
 }  // namespace

@@ -2,9 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
+
+#include "tests/builder/TransitionTableChecks.h"
 
 namespace zavri::korvat::builder {
 namespace {
@@ -192,27 +193,10 @@ const std::vector<std::string> kActionNames = {
     "PA_callDone",
 };
 
-// Records the action that runs and leaves the state to the table.
-class RecordingTable : public VarTransitionTable {
- public:
-  using VarTransitionTable::setState;
-
-  void processAction(std::uint32_t number, const AttributeMap*, const std::string*) override {
-    action = number;
-  }
-
-  std::uint32_t action = PA_none;
-};
-
 class VarTransitionRow : public testing::TestWithParam<Transition> {};
 
 TEST_P(VarTransitionRow, TakesItsNextStateAndRunsItsAction) {
-  const Transition& row = GetParam();
-  RecordingTable table;
-  table.setState(row.state);
-  table.processEvent(row.event, nullptr, nullptr);
-  EXPECT_EQ(table.getState(), row.nextState);
-  EXPECT_EQ(table.action, row.action);
+  expectRow<VarTransitionTable>(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(VarTransitionTable, VarTransitionRow, testing::ValuesIn(kRows),
@@ -223,43 +207,13 @@ INSTANTIATE_TEST_SUITE_P(VarTransitionTable, VarTransitionRow, testing::ValuesIn
 
 TEST(VarTransitionTable, HasTheseRowsOnly) {
   EXPECT_EQ(kRows.size(), 76u);
-  EXPECT_EQ(VarTransitionTable::kTransitions.size(), 76u);
-  for (std::uint32_t state = 0; state <= kStateNames.size(); ++state) {
-    for (std::uint32_t event = 0; event <= kEventNames.size(); ++event) {
-      const bool isListed = std::any_of(kRows.begin(), kRows.end(), [=](const Transition& row) {
-        return row.state == state && row.event == event;
-      });
-      if (isListed) continue;
-
-      SCOPED_TRACE(std::to_string(state) + " " + std::to_string(event));
-      RecordingTable table;
-      table.setState(state);
-      table.processEvent(event, nullptr, nullptr);
-      EXPECT_EQ(table.getState(), state);
-      EXPECT_EQ(table.action, 0u);
-    }
-  }
+  expectNoOtherRows<VarTransitionTable>(kRows, kStateNames.size(), kEventNames.size());
 }
 
-TEST(VarTransitionTable, NamesEveryStateEventAndAction) {
-  for (std::uint32_t i = 0; i < kStateNames.size(); ++i) {
-    EXPECT_EQ(VarTransitionTable::stateName(i), kStateNames[i]);
-  }
-  for (std::uint32_t i = 0; i < kEventNames.size(); ++i) {
-    EXPECT_EQ(VarTransitionTable::eventName(i), kEventNames[i]);
-  }
-  for (std::uint32_t i = 0; i < kActionNames.size(); ++i) {
-    EXPECT_EQ(VarTransitionTable::actionName(i), kActionNames[i]);
-  }
-}
-
-TEST(VarTransitionTable, NamesAnyOtherNumberUnknown) {
-  EXPECT_STREQ(VarTransitionTable::stateName(14), "(unknown PState)");
-  EXPECT_STREQ(VarTransitionTable::eventName(48), "(unknown PEvent)");
-  EXPECT_STREQ(VarTransitionTable::actionName(37), "(unknown PAction)");
-  EXPECT_STREQ(VarTransitionTable::stateName(0xFFFFFFFF), "(unknown PState)");
-  EXPECT_STREQ(VarTransitionTable::eventName(0xFFFFFFFF), "(unknown PEvent)");
-  EXPECT_STREQ(VarTransitionTable::actionName(0xFFFFFFFF), "(unknown PAction)");
+TEST(VarTransitionTable, NamesEveryStateEventAndActionAndNoOtherNumber) {
+  expectNames(VarTransitionTable::stateName, kStateNames, "(unknown PState)");
+  expectNames(VarTransitionTable::eventName, kEventNames, "(unknown PEvent)");
+  expectNames(VarTransitionTable::actionName, kActionNames, "(unknown PAction)");
 }
 
 }  // namespace

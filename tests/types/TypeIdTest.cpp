@@ -545,7 +545,7 @@ TEST(TypeId, ReadsAFormatIdFromItsOwnName) {
   EXPECT_EQ(id.getId(), "Setpoint");
 }
 
-// --- Plain form and format specification ---
+// --- Plain form and LonMark format ---
 
 struct TextCase {
   std::string name;
