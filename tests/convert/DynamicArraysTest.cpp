@@ -212,6 +212,21 @@ TEST(DynamicArrays, ReadBackWhatWasWritten) {
   EXPECT_EQ(types.decode("020100410042"), json);
 }
 
+TEST(DynamicArrays, AreCountedBehindAReference) {
+  test::TempCatalogue files;
+  files.write(TypeId::StdPrefix, "nvs",
+              test::nvt("_bytes", scalar("unsigned short", dynamicArray(0, 4))) +
+                  test::nvt("_x", structure({{"n", scalar("unsigned short")},
+                                             {"list", reference("SNVT_bytes")},
+                                             {"after", scalar("unsigned short")}})));
+  TypeManager manager = files.makeManager();
+  manager.setUseDynamicArrays(true);
+  base::Buffer raw;
+  EXPECT_TRUE(manager.jsonToRaw(TypeId(ResourceType::Nv, "", "_x"),
+                                test::parsed(R"({"n":4,"list":[5,6],"after":34})"), raw));
+  EXPECT_EQ(util::BinaryUtils::toString(raw), "02050622");
+}
+
 TEST(DynamicArrays, NeedACountOfTheirOwnStructure) {
   OwnTypes types(
       structure({{"n", scalar("unsigned short")},
