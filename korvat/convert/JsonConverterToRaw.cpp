@@ -4,6 +4,7 @@
 
 #include <boost/bind/bind.hpp>
 
+#include "korvat/base/AsciiText.h"
 #include "korvat/base/BinaryUtils.h"
 #include "korvat/base/Logger.h"
 #include "korvat/base/StringUtils.h"
@@ -424,10 +425,15 @@ bool JsonConverter::readUnionHex(Member::Context& context, Buffer& raw, ConstSta
   if (raw.getSize() < end) raw.setSize(static_cast<unsigned>(end));
   const std::string hex = node.asString();
   Buffer bytes;
-  util::BinaryUtils::stringToBuffer(bytes, hex, 0);
-  if (bytes.getSize() > frame.extent) {
+  const unsigned byteCount = util::BinaryUtils::stringToBuffer(bytes, hex, 0);
+  const auto digits =
+      std::count_if(hex.begin(), hex.end(), [](char c) { return !util::isBlank(c); });
+  if (static_cast<std::uint64_t>(digits) != std::uint64_t{2} * byteCount) {
+    addProblem(stack, "not hexadecimal text of whole bytes: " + node.stringify());
+  }
+  if (byteCount > frame.extent) {
     Logger::warning("[JsonConverter::toRawStructEnd] shortening raw by %ld bytes: %s\n",
-                    static_cast<long>(bytes.getSize() - frame.extent), hex.c_str());
+                    static_cast<long>(byteCount - frame.extent), hex.c_str());
     addProblem(stack, "the hexadecimal text is too long for the union");
   }
   bytes.setSize(frame.extent);

@@ -203,6 +203,17 @@ TEST_F(JsonToRawHexMode, PadsAShortTextOverWhatWasThere) {
   EXPECT_EQ(encodeOver(_types, "A5B6C7", R"({"u":"01","after":34})").raw, "010022");
 }
 
+TEST_F(JsonToRawHexMode, ReportsATextThatIsNoHexadecimal) {
+  const Encoded odd = encodeOver(_types, "", R"({"u":"01F","after":34})");
+  EXPECT_EQ(odd.raw, "010022");
+  EXPECT_EQ(odd.problems, Lines{R"(u: not hexadecimal text of whole bytes: "01F")"});
+  const Encoded broken = encodeOver(_types, "", R"({"u":"XY","after":34})");
+  EXPECT_EQ(broken.problems, Lines{R"(u: not hexadecimal text of whole bytes: "XY")"});
+  const Encoded blank = encodeOver(_types, "", R"({"u":"01 02","after":34})");
+  EXPECT_EQ(blank.raw, "010222");
+  EXPECT_EQ(blank.problems, Lines());
+}
+
 TEST_F(JsonToRawHexMode, RefusesWhatIsNoText) {
   const LogCapture log(Logger::Warning);
   const Encoded encoded = encodeOver(_types, "A5B6C7", R"({"u":{"word":258},"after":34})");
