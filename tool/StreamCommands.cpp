@@ -233,10 +233,11 @@ class EncodeStream : public Stream {
     return util::BinaryUtils::toString(getCatalogue().encode(findType(getDefaultType()), value));
   }
 
-  // A record names its type and has a value; any other JSON is a value itself.
+  // A record has a value and names its type, or has been decoded; any other JSON is a value itself.
   bool isBare(const json::Value& parsed, bool isJson) const override {
-    return isJson &&
-           !(parsed["type"].isString() && parsed.getPropertyMap().find("value") != nullptr);
+    const bool isRecord = parsed.getPropertyMap().find("value") != nullptr &&
+                          (parsed["type"].isString() || parsed["raw"].isString());
+    return isJson && !isRecord;
   }
 };
 

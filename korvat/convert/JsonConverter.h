@@ -160,6 +160,7 @@ class KORVAT_API JsonConverter {
                            ConstStack& stack);
   bool readUnionHex(Member::Context& context, base::Buffer& raw, ConstStack& stack);
   void addProblem(const ConstStack& stack, const std::string& text);
+  void addProblem(const ConstStack& stack, const json::Value& node, const std::string& text);
 
   TypeManager* _typeManager;
   const VarType* _type;

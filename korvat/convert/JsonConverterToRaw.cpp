@@ -82,6 +82,13 @@ void JsonConverter::addProblem(const ConstStack& stack, const std::string& text)
   _problems.push_back({path, text});
 }
 
+// What is missing is no problem where fields may be missing.
+void JsonConverter::addProblem(const ConstStack& stack, const json::Value& node,
+                               const std::string& text) {
+  if (node.isNull() && _typeManager->isAllowMissingFields()) return;
+  addProblem(stack, text);
+}
+
 bool JsonConverter::toRaw(Member::Context& context, const Member& member, Buffer& raw,
                           ConstStack& stack) {
   if (stack.empty() || context.hasFailed) return false;
@@ -201,8 +208,9 @@ bool JsonConverter::checkObject(const Member::Context& context, const MemAggrega
   if (!node.isObject()) {
     if (!context.isInUnion() && !isHexUnion) {
       Logger::warning("[JsonConverter::toRaw] expected object\n");
-      addProblem(stack, node.isNull() ? "an object is missing"
-                                      : "expected an object, found: " + node.stringify());
+      addProblem(stack, node,
+                 node.isNull() ? "an object is missing"
+                               : "expected an object, found: " + node.stringify());
     }
     return true;
   }
@@ -226,15 +234,15 @@ bool JsonConverter::getArray(Member::Context& context, const Member& member,
       const unsigned byteCount =
           std::min(context.elementCount, member.getArraySize()) * scalar.getByteCount();
       const bool isDone = writer.writeText(context, node, byteCount, rule.encoding, raw);
-      const bool isForgiven = !isDone && _typeManager->isAllowMissingFields();
-      if (!writer.getProblem().empty() && !isForgiven) addProblem(stack, writer.getProblem());
-      return isDone || isForgiven;
+      if (!writer.getProblem().empty()) addProblem(stack, node, writer.getProblem());
+      return isDone || _typeManager->isAllowMissingFields();
     }
   }
   if (!node.isArray()) {
     Logger::warning("[JsonConverter::getArray] expected array\n");
-    addProblem(stack, node.isNull() ? "an array is missing"
-                                    : "expected an array, found: " + node.stringify());
+    addProblem(
+        stack, node,
+        node.isNull() ? "an array is missing" : "expected an array, found: " + node.stringify());
   } else if (node.getSize() > context.elementCount) {
     addProblem(stack, util::StringUtils::toString(node.getSize()) + " elements given, at most " +
                           util::StringUtils::toString(context.elementCount) + " expected");
@@ -272,6 +280,7 @@ bool JsonConverter::writeLeaf(Member::Context& context, const Member& member,
     addProblem(stack, writer.getProblem());
     return false;
   }
+  if (!isDone) addProblem(stack, node, writer.getProblem());
   noteWritten(context, member, raw);
   return true;
 }
@@ -370,6 +379,8 @@ void JsonConverter::noteWritten(Member::Context& context, const Member& member,
     if (!context.useDynamicArrays || !scalar.getScaling().isIdentity()) return;
     const auto bytes = fieldAt(context, raw, scalar.getByteCount());
     const std::int64_t count = readInteger(scalar.getNcType(), bytes.data(), _endianess);
+    // The invalid marker, as a keyword, is no count: raw to JSON does not take it for one either.
+    if (_typeManager->isSupportInvalidKeyword() && scalar.isInvalid(count)) return;
     context.arraySize = static_cast<std::int32_t>(std::clamp<std::int64_t>(count, -1, INT32_MAX));
   }
 }

@@ -29,7 +29,7 @@ double shiftDecimal(double value, int exponent) {
 
 double toPhysical(double raw, const Scaling& scaling) {
   if (scaling.a == 0) return 0;
-  return shiftDecimal(scaling.a * (raw + scaling.c), scaling.b);
+  return shiftDecimal(scaling.a * (raw + scaling.c), scaling.b) + 0.0;  // no negative zero
 }
 
 double fromPhysical(double value, bool quantize, const Scaling& scaling) {

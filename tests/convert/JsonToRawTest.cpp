@@ -282,7 +282,9 @@ TEST(JsonToRaw, ForgivesAnyRefusedScalarWhenFieldsMayBeMissing) {
   types.manager().setAllowMissingFields(true);
   types.manager().setAllowCuttingToMinMax(false);
   const LogCapture log(Logger::Warning);
-  EXPECT_EQ(encodeOver(types, "A5A5A5", R"({"a":256,"b":"x","c":3})").raw, "A5A503");
+  const Encoded encoded = encodeOver(types, "A5A5A5", R"({"a":256,"b":"x","c":3})");
+  EXPECT_EQ(encoded.raw, "A5A503");
+  EXPECT_EQ(encoded.problems, (Lines{"a: 256 is out of range", "b: not a number: \"x\""}));
 }
 
 TEST(JsonToRaw, ForgivesOnlyScalars) {

@@ -73,6 +73,11 @@ INSTANTIATE_TEST_SUITE_P(Scalings, ToPhysical, testing::ValuesIn(kPhysicalCases)
                          [](const auto& info) { return info.param.name; });
 
 // The decimal text of the value, read by the C library, is the definition of "nearest".
+TEST(Scaling, HasNoNegativeZero) {
+  EXPECT_FALSE(std::signbit(toPhysical(0, {-1, 0, 0})));
+  EXPECT_FALSE(std::signbit(toPhysical(10, {-5, -2, -10})));
+}
+
 TEST(Scaling, GivesTheDoubleNearestToTheDecimalForEachExponentOfRealTypes) {
   for (int b = -22; b <= 22; ++b) {
     for (const int a : {1, 2, 5, -3, 32767}) {

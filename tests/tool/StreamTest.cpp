@@ -142,6 +142,12 @@ const std::vector<StreamCase> kGoodCases = {
      "\n",
      R"({"type":"SNVT_temp_p","value":1,"raw":"0064"})"
      "\n0200\n"},
+    {"EncodesWhatWasDecodedWithADefaultType",
+     {"encode", "--stream", "--type", "SNVT_switch"},
+     R"({"raw":"","n":1,"value":{"value":1,"state":0}})"
+     "\n",
+     R"({"raw":"0200","n":1,"value":{"value":1,"state":0}})"
+     "\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Commands, GoodStream, testing::ValuesIn(kGoodCases), kNameOf);
