@@ -52,15 +52,15 @@ buildPreset() {
   quietly cmake --build --preset "$preset" || fail "could not build the preset $preset"
 }
 
-# Runs the tests of a preset: prints the summary, and, of failed tests, all there is to know.
+# Runs the tests of a preset: prints the summaries, and, when a test fails, all there is to know.
 testPreset() {
   local preset=$1 log status=0
   log=$(mktemp)
-  ctest --preset "$preset" -j "$(nproc)" >"$log" 2>&1 </dev/null || status=$?
+  ctest --preset "$preset" --verbose -j "$(nproc)" >"$log" 2>&1 </dev/null || status=$?
   if [[ $status -eq 0 ]]; then
-    sed -n '/tests passed/,$p' "$log"
+    grep -E '^[0-9]+: \[(=+|  PASSED  )\]|tests passed|^Total Test time' "$log"
   else
-    grep -vE '^ +Start +[0-9]+:| Passed +[0-9.]+ sec$' "$log" || true
+    cat "$log"
   fi
   rm -f "$log"
   return $status
