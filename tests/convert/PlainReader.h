@@ -623,7 +623,9 @@ class PlainReader {
 
   void setFloat(const Leaf& leaf, const Bytes& bytes, json::Value& node) const {
     const double number = readFloat(leaf, bytes);
-    if (isScaled(leaf)) {
+    // Scaled ones that come back are whole and small; any other may show as anything.
+    const bool isWhole = std::abs(number) < 9e15 && std::trunc(number) == number;
+    if (isScaled(leaf) && isWhole) {
       node.setValue(scale(static_cast<std::int64_t>(number), scalingOf(leaf)));
     } else if (leaf.byteCount == 8) {
       node.setValue(number);
