@@ -9,6 +9,14 @@ constexpr bool isBlank(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
+constexpr bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+constexpr bool isLetter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
 constexpr char toLower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
