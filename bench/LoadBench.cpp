@@ -54,7 +54,7 @@ void loadCatalogue(benchmark::State& state) {
     manager.setBaseDir(kBaseDir);
     ResourceFileSet& fileSet = manager.getResourceFileSet(TypeId::StdPrefix);
     for (const ResourceType type : {ResourceType::Enum, ResourceType::Nv, ResourceType::Cp}) {
-      if (fileSet.getGroup(type, true) == nullptr) return state.SkipWithError("not loaded");
+      if (fileSet.getGroup(type, true, &manager) == nullptr) return state.SkipWithError("not loaded");
     }
   }
 }

@@ -113,7 +113,9 @@ const BaseType& Catalogue::findType(const std::string& text) {
   if (type == nullptr) {
     // Warnings of a file that did load explain nothing.
     const bool isLoaded =
-        id && _manager.getResourceFileSet(id.getPrefix()).getGroup(id.getType(), false) != nullptr;
+        id &&
+        _manager.getResourceFileSet(id.getPrefix()).getGroup(id.getType(), false, &_manager) !=
+            nullptr;
     if (isLoaded) _lastWarning.clear();
     throw Failure(kNotFound, "unknown type '" + text + "': no " +
                                  resourceTypeName(id ? id.getType() : ResourceType::Enum) +
@@ -143,7 +145,7 @@ const VarType& Catalogue::findVarType(const std::string& text) {
 const ResourceGroup* Catalogue::findGroup(ResourceType type) {
   _lastWarning.clear();
   const std::string prefix = TypeId(type, _options.prefix, "").getPrefix();
-  return _manager.getResourceFileSet(prefix).getGroup(type, true);
+  return _manager.getResourceFileSet(prefix).getGroup(type, true, &_manager);
 }
 
 Failure Catalogue::missingGroup(ResourceType type) {

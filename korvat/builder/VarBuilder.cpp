@@ -331,7 +331,7 @@ void VarBuilder::addFormat(const std::string& text) {
         "[VarBuilder] format-id does not begin with type name: format='%s' type='%s' \n",
         key.c_str(), typeName.c_str());
   }
-  _type->setFormat(key, StringUtils::trim(text));
+  _type->setFormatText(key, StringUtils::trim(text));
 }
 
 void VarBuilder::callDone() {

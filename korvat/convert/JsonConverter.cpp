@@ -226,7 +226,7 @@ void JsonConverter::writeScalar(Member::Context& context, const MemScalar& membe
   const std::int64_t raw = readInteger(member.getNcType(), bytes.data(), _endianess);
   if (_typeManager->isSupportInvalidKeyword() && member.isInvalid(raw)) {
     target.setValue(kInvalidKeyword);
-  } else if (member.getScaling().isIdentity()) {
+  } else if (member.isScalingIdentity()) {
     setInteger(target, member.getNcType(), raw);
   } else {
     target.setValue(member.toPhysical(raw));
@@ -241,7 +241,7 @@ void JsonConverter::writeFloat(Member::Context& context, const MemFloat& member,
   context.arraySize = -1;
   double raw = 0;
   static_cast<void>(readField(member.getNcType(), bytes.data(), _endianess, raw));
-  if (!member.getScaling().isIdentity()) {
+  if (!member.isScalingIdentity()) {
     target.setValue(member.toPhysical(raw));
   } else if (member.getNcType() == NcType::Double) {
     target.setValue(raw);
@@ -253,7 +253,7 @@ void JsonConverter::writeFloat(Member::Context& context, const MemFloat& member,
 void JsonConverter::writeBitfield(const Member::Context& context, const MemBitfield& member,
                                   const Buffer& buffer, json::Value& target) const {
   const std::int16_t raw = readBits(readRaw(context, buffer, 1)[0], member.getSlot());
-  if (!member.getScaling().isIdentity()) {
+  if (!member.isScalingIdentity()) {
     target.setValue(member.toPhysical(raw));
   } else if (member.getSlot().isSigned) {
     target.setValue(static_cast<std::int8_t>(raw));

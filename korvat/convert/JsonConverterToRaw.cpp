@@ -376,7 +376,7 @@ void JsonConverter::noteWritten(Member::Context& context, const Member& member,
     context.arraySize = -1;
   } else if (member.getKind() == Member::Kind::Scalar) {
     const auto& scalar = static_cast<const MemScalar&>(member);
-    if (!context.useDynamicArrays || !scalar.getScaling().isIdentity()) return;
+    if (!context.useDynamicArrays || !scalar.isScalingIdentity()) return;
     const auto bytes = fieldAt(context, raw, scalar.getByteCount());
     const std::int64_t count = readInteger(scalar.getNcType(), bytes.data(), _endianess);
     // The invalid marker, as a keyword, is no count: raw to JSON does not take it for one either.

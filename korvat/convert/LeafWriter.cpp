@@ -76,7 +76,7 @@ LeafWriter::Outcome LeafWriter::setRawValue(const M& member, const json::Value& 
   }
 
   const bool isDoubleOnScalar = node.isFloating() && member.getKind() == Member::Kind::Scalar;
-  const Outcome outcome = member.getScaling().isIdentity() && !isDoubleOnScalar
+  const Outcome outcome = member.isScalingIdentity() && !isDoubleOnScalar
                               ? convertUnscaled(member, node, target)
                               : convertScaled(member, node, target);
   return outcome == Outcome::Refused ? outcome : keepWithinLimits(member, target);

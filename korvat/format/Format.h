@@ -2,11 +2,16 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "korvat/base/Export.h"
 #include "korvat/format/FormatBase.h"
 
 namespace zavri::korvat {
+
+namespace format {
+class Field;
+}
 
 // A display format of a type: tells how a value is shown to people. The root of a parsed
 // expression, named after the format. Copies share the nodes, which never change.
@@ -22,6 +27,9 @@ class KORVAT_API Format : public format::FormatBase {
 
   const std::string& getText() const { return _text; }
   const format::FormatBase* getBody() const { return _body.get(); }
+
+  // The fields of all strings, in the order of the text.
+  std::vector<const format::Field*> getFields() const;
 
  private:
   std::string _text;

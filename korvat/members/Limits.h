@@ -21,6 +21,10 @@ inline constexpr std::uint32_t kMaxNesting = 256;
 // Types that a reference may lead through before it reaches a layout.
 inline constexpr std::size_t kMaxReferences = 64;
 
+// Members of all types that the formats of one group may derive. A short file can ask for thousands
+// of copies of a large type.
+inline constexpr std::uint32_t kMaxDerivedMembers = 250'000;
+
 // Bytes of a member path. With kMaxNesting in mind, a longer one names nothing.
 inline constexpr std::size_t kMaxPathSize = 4'096;
 

@@ -41,6 +41,19 @@ const Member* MemAggregate::findChild(const std::string& progName) const {
   return found == _lookup.end() ? nullptr : _children[found->second].get();
 }
 
+Member* MemAggregate::findChild(const std::string& progName) {
+  const auto found = _lookup.find(progName);
+  return found == _lookup.end() ? nullptr : _children[found->second].get();
+}
+
+bool MemAggregate::replaceChild(const std::string& progName, std::unique_ptr<Member> child) {
+  const auto found = _lookup.find(progName);
+  if (found == _lookup.end()) return false;
+  child->setProgName(progName);
+  _children[found->second] = std::move(child);
+  return true;
+}
+
 const Member* MemAggregate::getNextSibling(const std::string& progName) const {
   const auto found = _lookup.find(progName);
   if (found == _lookup.end()) {

@@ -34,6 +34,10 @@ class KORVAT_API MemAggregate : public Member {
   void buildLookup();
   // The member called `progName`, or null.
   const Member* findChild(const std::string& progName) const;
+  Member* findChild(const std::string& progName);
+  // Puts `child`, which takes over the name, in the place of the member called `progName`; false,
+  // and nothing changes, when there is none.
+  bool replaceChild(const std::string& progName, std::unique_ptr<Member> child);
   // The member after the one called `progName`; null at the end, and with a warning when there is
   // no such member.
   const Member* getNextSibling(const std::string& progName) const;

@@ -33,11 +33,11 @@ std::uint64_t MemBitfield::countElementBits(BitCount&) const {
 }
 
 double MemBitfield::toPhysical(std::int16_t raw) const {
-  return korvat::toPhysical(raw, getScaling());
+  return scaleInteger(raw);
 }
 
 std::int16_t MemBitfield::fromPhysical(double value, bool quantize) const {
-  return roundToInteger<std::int16_t>(korvat::fromPhysical(value, quantize, getScaling()));
+  return roundToInteger<std::int16_t>(unscale(value, quantize));
 }
 
 }  // namespace zavri::korvat

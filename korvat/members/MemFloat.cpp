@@ -19,12 +19,12 @@ std::uint64_t MemFloat::countElementBits(BitCount&) const {
 }
 
 double MemFloat::toPhysical(double raw) const {
-  return korvat::toPhysical(raw, getScaling());
+  const double physical = korvat::toPhysical(raw, getScaling());
+  return getDisplayScaling().isIdentity() ? physical : getDisplayScaling().toShown(physical);
 }
 
 double MemFloat::fromPhysical(double value, bool quantize) const {
-  return std::min(korvat::fromPhysical(value, quantize, getScaling()),
-                  std::numeric_limits<double>::max());
+  return std::min(unscale(value, quantize), std::numeric_limits<double>::max());
 }
 
 }  // namespace zavri::korvat

@@ -10,7 +10,9 @@
 
 namespace zavri::korvat {
 
-// A member that holds a number, with the scaling from the raw number to the physical value.
+// A member that holds a number, with the scaling from the raw number to the physical value and, in
+// a type made for a display format, on to the value that is shown. Where the members below speak of
+// a physical value, they mean the one that is shown.
 class KORVAT_API MemNumeric : public Member {
  public:
   const Scaling& getScaling() const { return _scaling; }
@@ -19,12 +21,23 @@ class KORVAT_API MemNumeric : public Member {
   void setScalingB(std::int16_t b) { _scaling.b = b; }
   void setScalingC(std::int16_t c) { _scaling.c = c; }
 
+  const DisplayScaling& getDisplayScaling() const { return _displayScaling; }
+  void setDisplayScaling(const DisplayScaling& scaling) { _displayScaling = scaling; }
+
+  // True when the raw number is the one that is shown.
+  bool isScalingIdentity() const { return _scaling.isIdentity() && _displayScaling.isIdentity(); }
+
  protected:
   explicit MemNumeric(Kind kind) : Member(kind) {}
   MemNumeric(const MemNumeric&) = default;
 
+  // What both scalings make of an integer, and the raw number, not yet rounded, of a shown value.
+  double scaleInteger(double raw) const;
+  double unscale(double value, bool quantize) const;
+
  private:
   Scaling _scaling;
+  DisplayScaling _displayScaling;
 };
 
 // The limits of a numeric member, raw, and the raw number that marks a value as invalid.

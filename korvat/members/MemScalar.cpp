@@ -16,11 +16,11 @@ std::uint64_t MemScalar::countElementBits(BitCount&) const {
 }
 
 double MemScalar::toPhysical(std::int64_t raw) const {
-  return korvat::toPhysical(static_cast<double>(raw), getScaling());
+  return scaleInteger(static_cast<double>(raw));
 }
 
 std::int64_t MemScalar::fromPhysical(double value, bool quantize) const {
-  return roundToInteger<std::int64_t>(korvat::fromPhysical(value, quantize, getScaling()));
+  return roundToInteger<std::int64_t>(unscale(value, quantize));
 }
 
 }  // namespace zavri::korvat

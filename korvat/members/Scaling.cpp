@@ -1,7 +1,11 @@
 #include "korvat/members/Scaling.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <string>
+
+#include "korvat/base/StringUtils.h"
 
 namespace zavri::korvat {
 
@@ -25,7 +29,43 @@ double shiftDecimal(double value, int exponent) {
   return exponent < 0 ? value / powerOfTen(-exponent) : value * powerOfTen(exponent);
 }
 
+// Digits behind the point in the shortest decimal text of `number`: 2 for 0.25, 7 for 5e-7.
+int countDecimals(double number) {
+  const std::string text = util::StringUtils::toString(number);
+  const std::size_t exponentPos = std::min(text.find('e'), text.size());
+  const std::size_t point = std::min(text.find('.'), exponentPos);
+  const auto digits = static_cast<int>(exponentPos - std::min(point + 1, exponentPos));
+  const int exponent =
+      exponentPos == text.size() ? 0 : util::StringUtils::toInt32(text.substr(exponentPos + 1));
+  return std::max(digits - exponent, 0);
+}
+
 }  // namespace
+
+DisplayScaling::DisplayScaling(double factor, double offset)
+    : _factor(factor),
+      _offset(offset),
+      _factorDecimals(countDecimals(factor)),
+      _offsetDecimals(countDecimals(offset)) {}
+
+double DisplayScaling::toShown(double physical) const {
+  return std::fma(_factor, physical, _offset);
+}
+
+double DisplayScaling::toShownDecimal(double physical, int decimalCount) const {
+  constexpr int kExactPowers = 22;
+  constexpr double kExactIntegers = 1125899906842624.0;  // 2^50: leaves room for the errors so far
+  const double shown = toShown(physical);
+  const int decimals = std::max(_factorDecimals + decimalCount, _offsetDecimals);
+  if (decimals > kExactPowers) return shown;
+  const double unit = powerOfTen(decimals);
+  if (!((std::abs(shown) + std::abs(_offset)) * unit < kExactIntegers)) return shown;
+  return std::round(shown * unit) / unit + 0.0;  // no negative zero
+}
+
+double DisplayScaling::fromShown(double shown) const {
+  return (shown - _offset) / (_factor == 0 ? 1 : _factor);
+}
 
 double toPhysical(double raw, const Scaling& scaling) {
   if (scaling.a == 0) return 0;

@@ -20,6 +20,31 @@ struct Scaling {
   }
 };
 
+// Shows a physical value in another unit:  factor * physical + offset.
+class KORVAT_API DisplayScaling {
+ public:
+  DisplayScaling() = default;
+  DisplayScaling(double factor, double offset);
+
+  double getFactor() const { return _factor; }
+  double getOffset() const { return _offset; }
+  bool isIdentity() const { return _factor == 1 && _offset == 0; }
+
+  double toShown(double physical) const;
+  // The same for a physical value that is a decimal with at most `decimalCount` digits behind the
+  // point: the double nearest to the exact decimal result, as far as a double can tell (factors and
+  // offsets are decimals too): 23.51 degrees Celsius with {1.8, 32} is 74.318.
+  double toShownDecimal(double physical, int decimalCount) const;
+  // Physical value of a shown one. A factor of 0 counts as 1.
+  double fromShown(double shown) const;
+
+ private:
+  double _factor = 1;
+  double _offset = 0;
+  int _factorDecimals = 0;  // digits behind the point
+  int _offsetDecimals = 0;
+};
+
 // Physical value, in the member's unit, of a raw number. A negative b divides by a power of ten
 // instead of multiplying by its inexact inverse, so the result is the double nearest to the
 // decimal: raw 3 with {1, -1, 0} gives 0.3. A multiplier of 0 gives 0 for every raw number.

@@ -9,6 +9,7 @@
 #include "korvat/base/Logger.h"
 #include "korvat/builder/ResourceBuilder.h"
 #include "korvat/types/CpType.h"
+#include "korvat/types/DisplayFormats.h"
 #include "korvat/types/EnumType.h"
 #include "korvat/types/NvType.h"
 #include "korvat/types/TypeManager.h"
@@ -73,7 +74,8 @@ std::string withUsageBits(const std::string& prefix, std::uint8_t bits) {
 }
 
 // What follows the reading of a file of variable types.
-void finishVarTypes(const ResourceGroup& group) {
+void finishVarTypes(ResourceGroup& group, TypeManager* typeManager) {
+  buildDisplayFormats(group, typeManager);
   for (const auto& [name, type] : group.getTypesByName()) {
     auto* varType = dynamic_cast<VarType*>(type.get());
     if (varType == nullptr) {
@@ -121,14 +123,15 @@ std::unique_ptr<ResourceGroup>* ResourceFileSet::findSlot(ResourceType type) {
   return nullptr;
 }
 
-const ResourceGroup* ResourceFileSet::getGroup(ResourceType type, bool showWarnings) {
+const ResourceGroup* ResourceFileSet::getGroup(ResourceType type, bool showWarnings,
+                                               TypeManager* typeManager) {
   std::unique_ptr<ResourceGroup>* slot = findSlot(type);
   if (slot == nullptr) return nullptr;
   if (*slot) return slot->get();
 
   *slot = makeGroup(type, this);
   try {
-    if (!loadResources(type, showWarnings)) slot->reset();
+    if (!loadResources(type, showWarnings, typeManager)) slot->reset();
   } catch (...) {
     _groupUnderWay = ResourceType::Invalid;
     slot->reset();  // nobody may find a group that is only half read
@@ -137,7 +140,8 @@ const ResourceGroup* ResourceFileSet::getGroup(ResourceType type, bool showWarni
   return slot->get();
 }
 
-bool ResourceFileSet::loadResources(ResourceType type, bool showWarnings) {
+bool ResourceFileSet::loadResources(ResourceType type, bool showWarnings,
+                                    TypeManager* typeManager) {
   if (_folder.empty()) return false;
 
   const std::string root = _baseDir.empty() ? util::FileUtils::getDefaultBaseDir() : _baseDir + "/";
@@ -150,7 +154,7 @@ bool ResourceFileSet::loadResources(ResourceType type, bool showWarnings) {
   const bool isLoaded = builder.load(path, showWarnings);
   _groupUnderWay = ResourceType::Invalid;
   if (!isLoaded) return false;
-  if (type != ResourceType::Enum) finishVarTypes(**findSlot(type));
+  if (type != ResourceType::Enum) finishVarTypes(**findSlot(type), typeManager);
   return true;
 }
 

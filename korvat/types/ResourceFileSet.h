@@ -30,8 +30,11 @@ class KORVAT_API ResourceFileSet {
   static std::string locateFolder(const std::string& baseDir, const std::string& prefix);
 
   // The group of that kind, loaded now if it was not; null when its file is missing or broken (the
-  // next call tries again) and for Invalid. `showWarnings` also reports a missing file.
-  const ResourceGroup* getGroup(ResourceType type, bool showWarnings);
+  // next call tries again) and for Invalid. `showWarnings` also reports a missing file. The display
+  // formats of a group that is loaded now may show members of other types: `typeManager` finds
+  // those; without it they count as missing.
+  const ResourceGroup* getGroup(ResourceType type, bool showWarnings,
+                                TypeManager* typeManager = nullptr);
 
   // Takes a type that was read from the file of `group`; false, and the type is destroyed, when
   // that is not the file being read or the group drops the type. The type becomes one of this set's
@@ -41,7 +44,7 @@ class KORVAT_API ResourceFileSet {
   const std::string& getFolder() const { return _folder; }
 
  private:
-  bool loadResources(ResourceType type, bool showWarnings);
+  bool loadResources(ResourceType type, bool showWarnings, TypeManager* typeManager);
   std::unique_ptr<ResourceGroup>* findSlot(ResourceType type);
 
   std::string _baseDir;

@@ -52,7 +52,7 @@ const BaseType* TypeManager::getType(const TypeId& id) {
   if (!id) return nullptr;
 
   ResourceFileSet& fileSet = getResourceFileSet(id.getPrefix());
-  const ResourceGroup* group = fileSet.getGroup(id.getType(), _showWarnings);
+  const ResourceGroup* group = fileSet.getGroup(id.getType(), _showWarnings, this);
   if (group == nullptr) {
     Logger::debug("[TypeManager::getType] no resource-group '%s' in file-set '%s'\n",
                   resourceTypeName(id.getType()), fileSet.getFolder().c_str());
@@ -78,7 +78,7 @@ const BaseType* TypeManager::getTypeByIndex(const std::string& prefix, ResourceT
   if (type == ResourceType::Invalid) return nullptr;
 
   ResourceFileSet& fileSet = getResourceFileSet(TypeId(type, prefix, "").getPrefix());
-  const ResourceGroup* group = fileSet.getGroup(type, false);
+  const ResourceGroup* group = fileSet.getGroup(type, false, this);
   if (group == nullptr) {
     Logger::debug("[TypeManager::getTypeByIndex] no resource-group '%s' in file-set '%s'\n",
                   resourceTypeName(type), fileSet.getFolder().c_str());

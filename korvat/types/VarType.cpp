@@ -4,6 +4,7 @@
 
 #include "korvat/base/Logger.h"
 #include "korvat/convert/PacketConverter.h"
+#include "korvat/format/Format.h"
 #include "korvat/members/MemAggregate.h"
 #include "korvat/members/MemFloat.h"
 #include "korvat/members/MemScalar.h"
@@ -71,13 +72,19 @@ VarType::VarType(const VarType& source, bool withoutFormats)
     : BaseType(source),
       _member(source._member ? source._member->clone() : nullptr),
       _size(source._size) {
-  if (!withoutFormats) _formats = source._formats;
+  if (withoutFormats) return;
+  _formats = source._formats;
+  if (source._format) _format = std::make_unique<Format>(*source._format);
 }
 
 VarType::~VarType() = default;
 
 void VarType::setMember(std::unique_ptr<Member> member) {
   _member = std::move(member);
+}
+
+void VarType::setFormat(std::unique_ptr<Format> format) {
+  _format = std::move(format);
 }
 
 bool VarType::getMaxSize(TypeManager* typeManager, unsigned& byteCount) const {

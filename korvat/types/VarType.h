@@ -12,11 +12,12 @@
 
 namespace zavri::korvat {
 
+class Format;
 class Member;
 class TypeManager;
 
 // A type that values have: a network variable or configuration property type. Owns the tree of
-// members that describes the layout of its raw values.
+// members that describes the layout of its raw values, and its display format.
 class KORVAT_API VarType : public BaseType {
  public:
   ~VarType() override;
@@ -45,9 +46,15 @@ class KORVAT_API VarType : public BaseType {
   [[nodiscard]] bool convertPacket(TypeManager* typeManager, base::Endianess order,
                                    base::Buffer& buffer) const;
 
-  // Texts of the display formats by name; the name of the plain format is empty.
+  // Texts of the display formats, as the definition gives them, by name; the name of the plain
+  // format is empty.
   const std::map<std::string, std::string>& getFormats() const { return _formats; }
-  void setFormat(const std::string& name, const std::string& text) { _formats[name] = text; }
+  void setFormatText(const std::string& name, const std::string& text) { _formats[name] = text; }
+
+  // How a value is shown to people; null for a type without a display format. Of several formats
+  // that leave the members as they are, the last one by name.
+  const Format* getFormat() const { return _format.get(); }
+  void setFormat(std::unique_ptr<Format> format);
 
   // Notes in every union of the layout the dotted path of the enumeration that tells which
   // alternative holds: the nearest enumeration before the union in the structure around it, else
@@ -64,6 +71,7 @@ class KORVAT_API VarType : public BaseType {
   std::unique_ptr<Member> _member;
   std::int32_t _size = 0;  // bytes
   std::map<std::string, std::string> _formats;
+  std::unique_ptr<Format> _format;
 };
 
 }  // namespace zavri::korvat

@@ -30,7 +30,7 @@ class EmbeddedCatalogue : public testing::Test {
   std::vector<const VarType*> getTypes(ResourceType kind) {
     std::vector<const VarType*> types;
     const ResourceGroup* group =
-        _manager.getResourceFileSet(TypeId::StdPrefix).getGroup(kind, true);
+        _manager.getResourceFileSet(TypeId::StdPrefix).getGroup(kind, true, &_manager);
     if (group == nullptr) return types;
     for (const auto& entry : group->getTypesByName()) {
       if (const auto* type = dynamic_cast<const VarType*>(entry.second.get())) {

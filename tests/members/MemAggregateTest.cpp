@@ -59,6 +59,21 @@ TEST(MemAggregate, PassesOverAMissingMemberInTheLookup) {
   EXPECT_TRUE(log.lines().empty());
 }
 
+TEST(MemAggregate, ReplacesAMemberUnderItsName) {
+  const auto structure = makeStruct("s");
+  for (const char* name : {"a", "b"}) structure->addChild(makeScalar(name));
+  structure->buildLookup();
+  EXPECT_TRUE(structure->replaceChild("a", makeFloat("other")));
+  EXPECT_EQ(structure->findChild("a"), structure->getChildren()[0].get());
+  EXPECT_EQ(structure->findChild("a")->getKind(), Member::Kind::Float);
+  EXPECT_EQ(structure->findChild("a")->getProgName(), "a");
+  EXPECT_EQ(structure->getNextSibling("a")->getProgName(), "b");
+
+  EXPECT_FALSE(structure->replaceChild("other", makeFloat("other")));
+  EXPECT_EQ(structure->findChild("other"), nullptr);
+  EXPECT_EQ(structure->getChildren().size(), 2u);
+}
+
 TEST(MemAggregate, KnowsTheNextSibling) {
   const auto structure = makeStruct("s", makeScalar("a"), makeScalar("b"));
   test::LogCapture log;

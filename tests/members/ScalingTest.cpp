@@ -206,5 +206,66 @@ const std::vector<RoundCase> kRoundCases = {
 INSTANTIATE_TEST_SUITE_P(Numbers, RoundToInteger, testing::ValuesIn(kRoundCases),
                          [](const auto& info) { return info.param.name; });
 
+// --- Display scaling ---
+
+TEST(DisplayScaling, IsTheIdentityByDefault) {
+  const DisplayScaling scaling;
+  EXPECT_TRUE(scaling.isIdentity());
+  EXPECT_EQ(scaling.toShown(-123.25), -123.25);
+  EXPECT_EQ(scaling.fromShown(-123.25), -123.25);
+  EXPECT_TRUE(DisplayScaling(1, 0).isIdentity());
+  EXPECT_FALSE(DisplayScaling(1, 0.5).isIdentity());
+  EXPECT_FALSE(DisplayScaling(-1, 0).isIdentity());
+}
+
+struct ShownCase {
+  std::string name;
+  double factor;
+  double offset;
+  double physical;
+  int decimalCount;  // of `physical`
+  double shown;
+};
+
+class DisplayScalingBothWays : public testing::TestWithParam<ShownCase> {};
+
+TEST_P(DisplayScalingBothWays, GivesTheNearestDecimalAndFindsBack) {
+  const ShownCase& c = GetParam();
+  const DisplayScaling scaling(c.factor, c.offset);
+  EXPECT_EQ(scaling.toShownDecimal(c.physical, c.decimalCount), c.shown);
+  EXPECT_FALSE(std::signbit(scaling.toShownDecimal(c.physical, c.decimalCount)) && c.shown == 0);
+  EXPECT_NEAR(scaling.fromShown(c.shown), c.physical, std::abs(c.physical) * 1e-14 + 1e-14);
+}
+
+// clang-format off
+const std::vector<ShownCase> kShownCases = {
+    // name              factor     offset  physical      decimals  shown
+    {"Fahrenheit",       1.8,       32,     23.5,         1,        74.3},
+    {"FahrenheitOf2",    1.8,       32,     23.51,        2,        74.318},
+    {"NearZero",         1.8,       32,     -17.78,       2,        -0.004},
+    {"Zero",             2,         -3,     1.5,          1,        0},
+    {"SixDecimals",      0.429923,  7.67,   30.01,        2,        20.57198923},
+    {"OffsetDecimals",   2,         0.125,  3,            0,        6.125},
+    {"SmallFactor",      5e-07,     0,      30,           0,        0.000015},
+    {"LargeFactor",      1e+20,     0,      4,            0,        4e+20},
+    {"TinyFactor",       1e-30,     0,      4,            0,        4e-30},
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(Units, DisplayScalingBothWays, testing::ValuesIn(kShownCases),
+                         [](const auto& info) { return info.param.name; });
+
+TEST(DisplayScaling, KeepsWhatIsNoNumber) {
+  const DisplayScaling scaling(1.8, 32);
+  EXPECT_TRUE(std::isnan(scaling.toShownDecimal(std::nan(""), 2)));
+  EXPECT_EQ(scaling.toShownDecimal(kInfinity, 2), kInfinity);
+}
+
+TEST(DisplayScaling, CountsAFactorOfZeroAsOneOnTheWayBack) {
+  const DisplayScaling scaling(0, 5);
+  EXPECT_EQ(scaling.toShown(123), 5);
+  EXPECT_EQ(scaling.fromShown(7), 2);
+}
+
 }  // namespace
 }  // namespace zavri::korvat

@@ -23,7 +23,7 @@ TEST_P(CpTypeClone, KeepsTheDefaultValue) {
   CpType source;
   source.getTypeId().setId("Setpoint");
   source.setDefaultValue("20, 1");
-  source.setFormat("", "text");
+  source.setFormatText("", "text");
   source.setMember(std::make_unique<MemScalar>());
 
   const std::unique_ptr<VarType> copy = source.clone(GetParam());

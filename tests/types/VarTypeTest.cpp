@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "korvat/format/Format.h"
 #include "korvat/members/MemAggregate.h"
 #include "korvat/members/MemBitfield.h"
 #include "korvat/members/MemEnum.h"
@@ -108,9 +109,9 @@ TEST(VarType, StartsWithoutLayoutSizeAndFormats) {
 
 TEST(VarType, KeepsOneTextPerFormat) {
   NvType type;
-  type.setFormat("", "text(\"%f\")");
-  type.setFormat("US", "first");
-  type.setFormat("US", "second");
+  type.setFormatText("", "text(\"%f\")");
+  type.setFormatText("US", "first");
+  type.setFormatText("US", "second");
   EXPECT_EQ(type.getFormats(),
             (std::map<std::string, std::string>{{"", "text(\"%f\")"}, {"US", "second"}}));
 }
@@ -151,9 +152,12 @@ TEST_P(VarTypeClone, CopiesEverythingButWhatWasNotWanted) {
   source.setIndex(12);
   source.addFlags(BaseType::kObsolete);
   source.setSize(3);
-  source.setFormat("", "text(\"%d\")");
-  source.setFormat("US", "text(\"%d\", *2+0)");
+  source.setFormatText("", "text(\"%d\")");
+  source.setFormatText("US", "text(\"%d\", *2+0)");
   source.setMember(structure(named("a", scalar(NcType::UnsignedLong)), named("b", enumeration())));
+  auto format = std::make_unique<Format>("text(\"%d\")");
+  format->setName("SI");
+  source.setFormat(std::move(format));
 
   const std::unique_ptr<VarType> copy = source.clone(withoutFormats);
   EXPECT_NE(dynamic_cast<NvType*>(copy.get()), nullptr);
@@ -164,6 +168,12 @@ TEST_P(VarTypeClone, CopiesEverythingButWhatWasNotWanted) {
   const std::map<std::string, std::string> formats = {{"", "text(\"%d\")"},
                                                       {"US", "text(\"%d\", *2+0)"}};
   EXPECT_EQ(copy->getFormats(), withoutFormats ? decltype(formats){} : formats);
+  EXPECT_EQ(copy->getFormat() == nullptr, withoutFormats);
+  if (!withoutFormats) {
+    EXPECT_NE(copy->getFormat(), source.getFormat());
+    EXPECT_EQ(copy->getFormat()->getName(), "SI");
+    EXPECT_EQ(copy->getFormat()->getText(), "text(\"%d\")");
+  }
 
   const auto& tree = dynamic_cast<const MemAggregate&>(*copy->getMember());
   ASSERT_EQ(tree.getChildren().size(), 2u);
@@ -179,11 +189,11 @@ INSTANTIATE_TEST_SUITE_P(Formats, VarTypeClone, testing::Bool(), [](const auto& 
 
 TEST(VarType, HasAnIndependentClone) {
   auto source = std::make_unique<NvType>();
-  source->setFormat("", "first");
+  source->setFormatText("", "first");
   source->setMember(structure(named("a", scalar(NcType::UnsignedLong))));
   const std::unique_ptr<VarType> copy = source->clone(false);
 
-  source->setFormat("", "second");
+  source->setFormatText("", "second");
   source->setSize(9);
   static_cast<MemAggregate*>(source->getMember())->getChildren()[0]->setProgName("changed");
   source.reset();
