@@ -65,6 +65,17 @@ std::string displayName(const BaseType& type) {
   return type.getTypeId().toLonFormatId();
 }
 
+std::vector<const VarType*> findDerivedTypes(TypeManager& manager, const VarType& type) {
+  std::vector<const VarType*> types;
+  for (const auto& [name, text] : type.getFormats()) {
+    TypeId id = type.getTypeId();
+    id.setId(type.getName() + "-" + name);
+    const VarType* derived = manager.getVarType(id);
+    if (derived != nullptr && derived->hasFlags(BaseType::kDerivedFormat)) types.push_back(derived);
+  }
+  return types;
+}
+
 Catalogue::Catalogue(const Options& options)
     : _options(options),
       _folder(options.catalog.empty() ? findDefaultFolder() : options.catalog),

@@ -80,4 +80,8 @@ class Catalogue {
 // "SNVT_temp_p": the name of a type as people write it.
 std::string displayName(const BaseType& type);
 
+// The types that display formats in other units have made of `type`, by format name. Each has its
+// format attached.
+std::vector<const VarType*> findDerivedTypes(TypeManager& manager, const VarType& type);
+
 }  // namespace zavri::korvat::tool

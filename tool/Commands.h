@@ -12,6 +12,11 @@ namespace zavri::korvat::tool {
 // Raw bytes, given as hexadecimal text in one or more pieces, to JSON.
 void runDecode(Catalogue& catalogue, const std::string& type, const std::vector<std::string>& hex);
 
+// Raw bytes as people read them: with the display format `formatName` of the type, or, for an empty
+// name, with the one that is attached to it. Throws where the type has none.
+void runDecodeText(Catalogue& catalogue, const std::string& type,
+                   const std::vector<std::string>& hex, const std::string& formatName);
+
 // One member of a raw value as JSON.
 void runGet(Catalogue& catalogue, const std::string& type, const std::string& hex,
             const std::string& path);
@@ -35,8 +40,9 @@ void runSwap(Catalogue& catalogue, const std::string& type, const std::string& h
 void runDecodeStream(Catalogue& catalogue, const std::string& defaultType);
 void runEncodeStream(Catalogue& catalogue, const std::string& defaultType);
 
-// The layout of a type, or the items of an enumeration.
-void runDescribe(Catalogue& catalogue, const std::string& type);
+// The layout of a type, its display formats and what they have made of it, or the items of an
+// enumeration. `withTrees` also shows what each format is parsed into.
+void runDescribe(Catalogue& catalogue, const std::string& type, bool withTrees);
 
 // The types of one kind ("nv", "cp" or "enum"; all for an empty text) whose name matches a pattern:
 // with "*" and "?" as a whole, without them anywhere, in either case.

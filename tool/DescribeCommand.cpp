@@ -1,10 +1,13 @@
 #include "tool/Commands.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 
 #include "korvat/base/StringUtils.h"
+#include "korvat/format/FormatParser.h"
 #include "korvat/members/MemAggregate.h"
 #include "korvat/members/MemBitfield.h"
 #include "korvat/members/MemEnum.h"
@@ -28,6 +31,10 @@ void addLimits(const TMemNumeric<T>& member, json::Value& row) {
     row["scaling"]["a"] = std::int32_t{member.getScaling().a};
     row["scaling"]["b"] = std::int32_t{member.getScaling().b};
     row["scaling"]["c"] = std::int32_t{member.getScaling().c};
+  }
+  if (!member.getDisplayScaling().isIdentity()) {
+    row["display"]["factor"].setValue(member.getDisplayScaling().getFactor());
+    row["display"]["offset"].setValue(member.getDisplayScaling().getOffset());
   }
   if (member.hasMin()) row["min"].setValue(member.getMin());
   if (member.hasMax()) row["max"].setValue(member.getMax());
@@ -100,7 +107,32 @@ json::Value describeItems(const EnumType& type) {
   return items;
 }
 
-json::Value describeType(Catalogue& catalogue, const BaseType& type) {
+// The tree that a display format is parsed into, or why it cannot be.
+std::string treeOf(const std::string& text) {
+  format::FormatParser parser;
+  if (!parser.parse(text)) return "   " + parser.getError() + "\n";
+  std::string tree;
+  parser.takeFormat()->dump(tree, 1);
+  return tree;
+}
+
+void describeFormats(Catalogue& catalogue, const VarType& type, bool withTrees,
+                     json::Value& described) {
+  std::map<std::string, std::string> texts = type.getFormats();
+  if (const Format* format = type.getFormat()) {
+    texts[format->getName()] = format->getText();
+    described["shownBy"] = format->getName();
+  }
+  for (const auto& [name, text] : texts) {
+    described["formats"][name] = text;
+    if (withTrees) described["formatTrees"][name] = treeOf(text);
+  }
+  for (const VarType* derived : findDerivedTypes(catalogue.getManager(), type)) {
+    described["derivedTypes"][derived->getFormat()->getName()] = displayName(*derived);
+  }
+}
+
+json::Value describeType(Catalogue& catalogue, const BaseType& type, bool withTrees) {
   json::Value described;
   described["name"] = displayName(type);
   described["kind"] = resourceTypeName(type.getTypeId().getType());
@@ -129,7 +161,7 @@ json::Value describeType(Catalogue& catalogue, const BaseType& type) {
       if (enumType != nullptr) described["enums"][enumType->getName()] = describeItems(*enumType);
     }
   }
-  for (const auto& [name, text] : varType.getFormats()) described["formats"][name] = text;
+  describeFormats(catalogue, varType, withTrees, described);
   return described;
 }
 
@@ -141,6 +173,14 @@ std::string scalingText(const json::Value& row) {
     raw = "(raw " + std::string(c < 0 ? "- " : "+ ") + StringUtils::toString(std::abs(c)) + ")";
   }
   return "  = " + scaling["a"].asString() + " * 10^" + scaling["b"].asString() + " * " + raw;
+}
+
+std::string displayText(const json::Value& row) {
+  const json::Value& display = row["display"];
+  if (display.isNull()) return "";
+  const double offset = display["offset"].asDouble();
+  return "  shown = " + StringUtils::toString(display["factor"].asDouble()) + " * physical" +
+         (std::signbit(offset) ? " - " : " + ") + StringUtils::toString(std::abs(offset));
 }
 
 std::string limitsText(const json::Value& row) {
@@ -193,7 +233,7 @@ std::string memberLines(const json::Value& members) {
     std::string line = "  " + rightAlign(row["byte"].asString(), 4) + rightAlign(bit, 4) +
                        rightAlign(row["bits"].asString(), 6) + "  " +
                        pad(pathText(row), nameWidth) + "  " + pad(typeText(row), typeWidth) +
-                       limitsText(row) + scalingText(row);
+                       limitsText(row) + scalingText(row) + displayText(row);
     if (!row["unit"].isNull()) line += "  [" + row["unit"].asString() + "]";
     if (!row["discriminator"].isNull()) line += "  chosen by " + row["discriminator"].asString();
     lines += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
@@ -229,14 +269,17 @@ std::string toText(const json::Value& type) {
   }
   for (const auto& [name, format] : type["formats"].getPropertyMap()) {
     text += "format " + (name.empty() ? "" : name + " ") + format.asString() + "\n";
+    const std::string derived = type["derivedTypes"][name].asString();
+    if (!type["derivedTypes"][name].isNull()) text += "  type " + derived + " is in its units\n";
+    if (!type["formatTrees"][name].isNull()) text += type["formatTrees"][name].asString();
   }
   return text;
 }
 
 }  // namespace
 
-void runDescribe(Catalogue& catalogue, const std::string& type) {
-  const json::Value described = describeType(catalogue, catalogue.findType(type));
+void runDescribe(Catalogue& catalogue, const std::string& type, bool withTrees) {
+  const json::Value described = describeType(catalogue, catalogue.findType(type), withTrees);
   const bool asJson = catalogue.getOptions().printJson;
   std::fputs((asJson ? described.stringify(2) + "\n" : toText(described)).c_str(), stdout);
 }

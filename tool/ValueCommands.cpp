@@ -1,21 +1,46 @@
 #include "tool/Commands.h"
 
 #include <cstdio>
+#include <memory>
 
 #include "korvat/base/BinaryUtils.h"
 #include "korvat/convert/PacketConverter.h"
+#include "korvat/format/FormatParser.h"
 #include "tool/Failure.h"
+#include "tool/FormatText.h"
 #include "tool/JsonPath.h"
 
 namespace zavri::korvat::tool {
 
 namespace {
 
-json::Value decodeText(Catalogue& catalogue, const std::string& type, const std::string& hex) {
-  const VarType& varType = catalogue.findVarType(type);
+json::Value decodeHex(Catalogue& catalogue, const VarType& type, const std::string& hex) {
   const base::Buffer buffer = catalogue.readHex(hex);
-  catalogue.checkLength(varType, buffer);
-  return catalogue.decode(varType, buffer);
+  catalogue.checkLength(type, buffer);
+  return catalogue.decode(type, buffer);
+}
+
+std::string join(const std::vector<std::string>& hex) {
+  std::string text;
+  for (const std::string& piece : hex) text += (text.empty() ? "" : " ") + piece;
+  return text;
+}
+
+// The types that formats in other units have made of `type`, for a message.
+std::string derivedNames(Catalogue& catalogue, const VarType& type) {
+  std::string names;
+  for (const VarType* derived : findDerivedTypes(catalogue.getManager(), type)) {
+    names += (names.empty() ? "" : ", ") + displayName(*derived);
+  }
+  return names;
+}
+
+Failure noFormat(Catalogue& catalogue, const VarType& type) {
+  const std::string derived = derivedNames(catalogue, type);
+  return Failure(kProblem,
+                 displayName(type) + " has no display format" +
+                     (derived.empty() ? "; decode shows it without --text"
+                                      : " of its own; take a type in other units: " + derived));
 }
 
 void print(const base::Buffer& raw) {
@@ -36,17 +61,50 @@ void print(const json::Value& value) {
   std::printf("%s\n", value.stringify().c_str());
 }
 
+// The format `name` of `type`. One in another unit has a type of its own, which then takes the
+// place of `type`; any other one is parsed into `parsed`.
+const Format* findFormat(Catalogue& catalogue, const VarType*& type, const std::string& name,
+                         std::unique_ptr<Format>& parsed) {
+  for (const VarType* derived : findDerivedTypes(catalogue.getManager(), *type)) {
+    if (derived->getFormat()->getName() != name) continue;
+    type = derived;
+    return derived->getFormat();
+  }
+  const auto found = type->getFormats().find(name);
+  format::FormatParser parser;
+  if (found == type->getFormats().end()) {
+    throw Failure(kProblem, displayName(*type) + " has no display format '" + name +
+                                "'; see 'korvat describe " + displayName(*type) + "'");
+  }
+  if (!parser.parse(found->second)) {
+    throw Failure(kProblem, "the format '" + name + "' of " + displayName(*type) +
+                                " cannot be read: " + parser.getError());
+  }
+  parsed = parser.takeFormat();
+  return parsed.get();
+}
+
 }  // namespace
 
 void runDecode(Catalogue& catalogue, const std::string& type, const std::vector<std::string>& hex) {
-  std::string text;
-  for (const std::string& piece : hex) text += (text.empty() ? "" : " ") + piece;
-  print(decodeText(catalogue, type, text));
+  print(decodeHex(catalogue, catalogue.findVarType(type), join(hex)));
+}
+
+void runDecodeText(Catalogue& catalogue, const std::string& type,
+                   const std::vector<std::string>& hex, const std::string& formatName) {
+  const VarType* varType = &catalogue.findVarType(type);
+  std::unique_ptr<Format> parsed;
+  const Format* format = varType->getFormat();
+  if (!formatName.empty()) format = findFormat(catalogue, varType, formatName, parsed);
+  if (format == nullptr) throw noFormat(catalogue, *varType);
+
+  const json::Value value = decodeHex(catalogue, *varType, join(hex));
+  std::printf("%s\n", renderText(catalogue.getManager(), *varType, *format, value).c_str());
 }
 
 void runGet(Catalogue& catalogue, const std::string& type, const std::string& hex,
             const std::string& path) {
-  print(select(decodeText(catalogue, type, hex), path));
+  print(select(decodeHex(catalogue, catalogue.findVarType(type), hex), path));
 }
 
 void runEncode(Catalogue& catalogue, const std::string& type, const std::string& jsonText) {

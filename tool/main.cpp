@@ -43,6 +43,9 @@ struct Arguments {
   std::string path;
   std::string value;
   base::Endianess from = base::Endianess::Big;
+  bool isText = false;
+  std::string formatName;
+  bool withFormatTrees = false;
   bool isStream = false;
   std::string streamType;
   std::string kind;
@@ -102,10 +105,22 @@ void addValueCommands(CLI::App& app, const Options& options, Arguments& argument
   decode->add_option("TYPE", arguments.type, kTypeHelp);
   CLI::Option* hex = decode->add_option("HEX", arguments.hexPieces, "Raw value in hexadecimal");
   addStreamOptions(*decode, arguments);
+  CLI::Option* text = decode
+                          ->add_flag("--text", arguments.isText,
+                                     "Show the value the way the type's display format says")
+                          ->excludes("--stream");
+  decode
+      ->add_option("--format", arguments.formatName,
+                   "Name of another format of the type for --text")
+      ->type_name("NAME")
+      ->needs(text);
   decode->callback([&, hex] {
     checkStreamUsage(arguments, hex->count() > 0, "HEX");
     Catalogue catalogue(options);
     if (arguments.isStream) return runDecodeStream(catalogue, arguments.streamType);
+    if (arguments.isText) {
+      return runDecodeText(catalogue, arguments.type, arguments.hexPieces, arguments.formatName);
+    }
     runDecode(catalogue, arguments.type, arguments.hexPieces);
   });
 
@@ -157,9 +172,11 @@ void addMemberCommands(CLI::App& app, const Options& options, Arguments& argumen
 void addCatalogueCommands(CLI::App& app, const Options& options, Arguments& arguments) {
   CLI::App* describe = app.add_subcommand("describe", "Show the layout of a type");
   describe->add_option("TYPE", arguments.type, kTypeHelp)->required();
+  describe->add_flag("--formats", arguments.withFormatTrees,
+                     "Also show what each display format is parsed into");
   describe->callback([&] {
     Catalogue catalogue(options);
-    runDescribe(catalogue, arguments.type);
+    runDescribe(catalogue, arguments.type, arguments.withFormatTrees);
   });
 
   CLI::App* list = app.add_subcommand("list", "List the types of the catalogue");

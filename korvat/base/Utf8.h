@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "korvat/base/Export.h"
+
 namespace zavri::base {
 
 // Stands for whatever could not be read or written.
@@ -17,9 +19,9 @@ constexpr bool isCharacter(char32_t code) {
 // Reads the character at byte `pos` of `utf8` and moves `pos` behind it. A broken sequence gives
 // U+FFFD; behind it is the first byte that cannot continue it (Unicode 15, section 3.9, "U+FFFD
 // substitution of maximal subparts"). Needs pos < utf8.size().
-char32_t takeUtf8(std::string_view utf8, std::size_t& pos);
+KORVAT_API char32_t takeUtf8(std::string_view utf8, std::size_t& pos);
 
 // Appends `code`, or U+FFFD when it is no character.
-void appendUtf8(std::string& utf8, char32_t code);
+KORVAT_API void appendUtf8(std::string& utf8, char32_t code);
 
 }  // namespace zavri::base
