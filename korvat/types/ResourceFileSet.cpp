@@ -11,6 +11,7 @@
 #include "korvat/types/CpType.h"
 #include "korvat/types/EnumType.h"
 #include "korvat/types/NvType.h"
+#include "korvat/types/ResourceGroupFp.h"
 #include "korvat/types/TypeManager.h"
 
 namespace zavri::korvat {
@@ -50,6 +51,7 @@ std::unique_ptr<ResourceGroup> makeGroup(ResourceType type, const ResourceFileSe
     case ResourceType::Cp:
       return std::make_unique<TResourceGroup<CpType>>(fileSet);
     case ResourceType::Fp:
+      return std::make_unique<ResourceGroupFp>(fileSet);
     case ResourceType::Invalid:
       break;
   }
@@ -115,6 +117,7 @@ std::unique_ptr<ResourceGroup>* ResourceFileSet::findSlot(ResourceType type) {
     case ResourceType::Cp:
       return &_cpGroup;
     case ResourceType::Fp:
+      return &_fpGroup;
     case ResourceType::Invalid:
       break;
   }
@@ -150,7 +153,7 @@ bool ResourceFileSet::loadResources(ResourceType type, bool showWarnings) {
   const bool isLoaded = builder.load(path, showWarnings);
   _groupUnderWay = ResourceType::Invalid;
   if (!isLoaded) return false;
-  if (type != ResourceType::Enum) finishVarTypes(**findSlot(type));
+  if (type == ResourceType::Nv || type == ResourceType::Cp) finishVarTypes(**findSlot(type));
   return true;
 }
 
