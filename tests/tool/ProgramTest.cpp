@@ -117,6 +117,14 @@ TEST_P(ProgramError, IsOneLineAndNoOutput) {
 
 const std::vector<ErrorCase> kErrorCases = {
     {"UnknownType", {"decode", "SNVT_foo", "00"}, 3, "unknown type 'SNVT_foo'"},
+    {"ProfileToDescribe",
+     {"--catalog", kUserCatalogue, "describe", "SFPTcontroller"},
+     3,
+     "'SFPTcontroller' has no layout"},
+    {"ProfileToDecode",
+     {"--catalog", kUserCatalogue, "decode", "SFPTcontroller", "00"},
+     3,
+     "'SFPTcontroller' has no values"},
     {"UnknownTypeToDescribe", {"describe", "SNVT_foo"}, 3, "unknown type 'SNVT_foo'"},
     {"TypeOfAnUnknownSet", {"decode", "8000010000000000-3/UNVTx", "00"}, 3, "8000010000000000-3"},
     {"EmptyTypeText", {"decode", "/", "00"}, 3, "unknown type '/'"},
