@@ -1,5 +1,6 @@
 #include "korvat/builder/FpBuilder.h"
 
+#include <cstddef>
 #include <utility>
 
 #include "korvat/base/Logger.h"
