@@ -15,6 +15,7 @@
 #include "korvat/members/MemScalar.h"
 #include "korvat/types/CpType.h"
 #include "korvat/types/EnumType.h"
+#include "tool/Failure.h"
 #include "tool/Layout.h"
 
 namespace zavri::korvat::tool {
@@ -143,6 +144,12 @@ json::Value describeType(Catalogue& catalogue, const BaseType& type, bool withTr
   if (const auto* enumType = dynamic_cast<const EnumType*>(&type)) {
     described["items"] = describeItems(*enumType);
     return described;
+  }
+
+  if (type.getTypeId().getType() == ResourceType::Fp) {
+    throw Failure(kNotFound, "'" + displayName(type) +
+                                 "' has no layout: expected a network variable, configuration "
+                                 "property or enumeration type; see 'korvat list fp'");
   }
 
   const auto& varType = static_cast<const VarType&>(type);

@@ -7,6 +7,7 @@
 
 #include "korvat/base/AsciiText.h"
 #include "korvat/types/EnumType.h"
+#include "korvat/types/FpType.h"
 #include "korvat/types/ResourceGroup.h"
 #include "tool/Failure.h"
 
@@ -44,8 +45,8 @@ bool matches(const std::string& name, const std::string& pattern) {
   return matchesGlob(name, isGlob ? pattern : "*" + pattern + "*");
 }
 
-constexpr std::array<ResourceType, 3> kKinds{ResourceType::Nv, ResourceType::Cp,
-                                             ResourceType::Enum};
+constexpr std::array<ResourceType, 4> kKinds{ResourceType::Nv, ResourceType::Cp, ResourceType::Enum,
+                                             ResourceType::Fp};
 
 bool isKind(const std::string& text) {
   return std::any_of(kKinds.begin(), kKinds.end(),
@@ -57,7 +58,7 @@ std::vector<ResourceType> kindsOf(const std::string& kind) {
   for (const ResourceType type : kKinds) {
     if (kind == resourceTypeName(type)) return {type};
   }
-  throw Failure(kWrongUsage, "unknown kind '" + kind + "'; expected nv, cp or enum");
+  throw Failure(kWrongUsage, "unknown kind '" + kind + "'; expected nv, cp, enum or fp");
 }
 
 // Types in the order of their numbers, then their names.
@@ -81,6 +82,11 @@ json::Value describeShortly(const BaseType& type) {
   if (const auto* enumType = dynamic_cast<const EnumType*>(&type)) {
     entry["items"] = static_cast<std::uint32_t>(enumType->getItemsByName().size());
   }
+  if (const auto* fpType = dynamic_cast<const FpType*>(&type)) {
+    entry["key"] = fpType->getKey();
+    entry["nvs"] = static_cast<std::uint32_t>(fpType->getNvColl().size());
+    entry["cps"] = static_cast<std::uint32_t>(fpType->getCpColl().size());
+  }
   entry["obsolete"].setBoolean(type.hasFlags(BaseType::kObsolete));
   return entry;
 }
@@ -94,6 +100,10 @@ std::string toLine(const json::Value& entry) {
   if (line.size() < 44) line.resize(44, ' ');
   if (!entry["size"].isNull()) line += "  " + entry["size"].asString() + " bytes";
   if (!entry["items"].isNull()) line += "  " + entry["items"].asString() + " items";
+  if (!entry["key"].isNull()) {
+    line += "  key " + entry["key"].asString() + ", " + entry["nvs"].asString() + " nvs, " +
+            entry["cps"].asString() + " cps";
+  }
   if (entry["obsolete"].asInt32() != 0) line += "  obsolete";
   return line + "\n";
 }

@@ -180,7 +180,7 @@ void addCatalogueCommands(CLI::App& app, const Options& options, Arguments& argu
   });
 
   CLI::App* list = app.add_subcommand("list", "List the types of the catalogue");
-  list->add_option("KIND", arguments.kind, "nv, cp or enum; all when left out");
+  list->add_option("KIND", arguments.kind, "nv, cp, enum or fp; all when left out");
   list->add_option("PATTERN", arguments.pattern, "Part of a name, or a pattern with * and ?");
   list->callback([&] {
     Catalogue catalogue(options);

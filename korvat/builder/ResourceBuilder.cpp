@@ -8,6 +8,7 @@
 #include "korvat/base/Logger.h"
 #include "korvat/builder/ElementMap.h"
 #include "korvat/builder/EnumBuilder.h"
+#include "korvat/builder/FpBuilder.h"
 #include "korvat/builder/ResourceTransitionTable.h"
 #include "korvat/builder/VarBuilder.h"
 #include "korvat/types/ResourceFileSet.h"
@@ -211,12 +212,9 @@ void ResourceBuilder::handleItem(const char* operation, ResourceType kind, const
     _builderKind = kind;
     _itemBuilder = makeItemBuilder(kind);
   }
-  if (_itemBuilder == nullptr) return;
-
   onElement(xml::Element{elementName}, *attributes);  // now for the item builder
 }
 
-// Null for a kind that is not built: the elements of such an item pass without effect.
 std::unique_ptr<ItemBuilder> ResourceBuilder::makeItemBuilder(ResourceType kind) {
   std::unique_ptr<ItemBuilder> itemBuilder;
   switch (kind) {
@@ -228,6 +226,8 @@ std::unique_ptr<ItemBuilder> ResourceBuilder::makeItemBuilder(ResourceType kind)
       itemBuilder = std::make_unique<VarBuilder>();
       break;
     case ResourceType::Fp:
+      itemBuilder = std::make_unique<FpBuilder>();
+      break;
     case ResourceType::Invalid:
       return nullptr;
   }

@@ -44,10 +44,13 @@ bool isSetPrefix(const std::string& text) {
   return !text.empty() && TypeId(ResourceType::Nv, text, "").getScope() != Scope::InvalidScope;
 }
 
-HrefStatus parseHref(const std::string& text, TypeHref& href) {
-  std::string_view rest = text;
-  if (rest.substr(0, kUrlPrefix.size()) == kUrlPrefix) rest.remove_prefix(kUrlPrefix.size());
+std::string_view stripUrl(std::string_view text) {
+  if (text.substr(0, kUrlPrefix.size()) == kUrlPrefix) text.remove_prefix(kUrlPrefix.size());
+  return text;
+}
 
+HrefStatus parseHref(const std::string& text, TypeHref& href) {
+  std::string_view rest = stripUrl(text);
   const std::string prefix(takeSegment(rest));
   const std::string_view folder = takeSegment(rest);
   if (folder.empty() && rest.empty()) return HrefStatus::Incomplete;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "korvat/types/TypeId.h"
 
@@ -26,6 +27,9 @@ enum class HrefStatus {
 
 // Splits `text`. `href` is written only for Valid. Segments behind the name are not looked at.
 [[nodiscard]] HrefStatus parseHref(const std::string& text, TypeHref& href);
+
+// `text` without "http://types.lonmark.org/" at its start; as it is where that is missing.
+std::string_view stripUrl(std::string_view text);
 
 // True for a text that names a resource set: a program ID and a scope from 0 to 6.
 bool isSetPrefix(const std::string& text);

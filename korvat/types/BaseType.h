@@ -13,8 +13,9 @@ class KORVAT_API BaseType {
  public:
   // Bits of the flags.
   static constexpr std::uint32_t kObsolete = 0x1;
-  static constexpr std::uint32_t kDerivedFormat = 0x8;  // made for a format: found by name only
-  static constexpr std::uint32_t kCharEncoding = 0x10;  // the enumeration of character encodings
+  static constexpr std::uint32_t kStandardProfile = 0x4;  // its definition says "stlp_std"
+  static constexpr std::uint32_t kDerivedFormat = 0x8;    // made for a format: found by name only
+  static constexpr std::uint32_t kCharEncoding = 0x10;    // the enumeration of character encodings
 
   virtual ~BaseType() = default;
 
@@ -34,7 +35,9 @@ class KORVAT_API BaseType {
  protected:
   explicit BaseType(ResourceType type) { _typeId.setType(type); }
   BaseType(const BaseType&) = default;
+  BaseType(BaseType&&) = default;
   BaseType& operator=(const BaseType&) = default;
+  BaseType& operator=(BaseType&&) = default;
 
  private:
   TypeId _typeId;

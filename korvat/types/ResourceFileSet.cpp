@@ -12,6 +12,7 @@
 #include "korvat/types/DisplayFormats.h"
 #include "korvat/types/EnumType.h"
 #include "korvat/types/NvType.h"
+#include "korvat/types/ResourceGroupFp.h"
 #include "korvat/types/TypeManager.h"
 
 namespace zavri::korvat {
@@ -51,6 +52,7 @@ std::unique_ptr<ResourceGroup> makeGroup(ResourceType type, const ResourceFileSe
     case ResourceType::Cp:
       return std::make_unique<TResourceGroup<CpType>>(fileSet);
     case ResourceType::Fp:
+      return std::make_unique<ResourceGroupFp>(fileSet);
     case ResourceType::Invalid:
       break;
   }
@@ -117,6 +119,7 @@ std::unique_ptr<ResourceGroup>* ResourceFileSet::findSlot(ResourceType type) {
     case ResourceType::Cp:
       return &_cpGroup;
     case ResourceType::Fp:
+      return &_fpGroup;
     case ResourceType::Invalid:
       break;
   }
@@ -154,7 +157,9 @@ bool ResourceFileSet::loadResources(ResourceType type, bool showWarnings,
   const bool isLoaded = builder.load(path, showWarnings);
   _groupUnderWay = ResourceType::Invalid;
   if (!isLoaded) return false;
-  if (type != ResourceType::Enum) finishVarTypes(**findSlot(type), typeManager);
+  if (type == ResourceType::Nv || type == ResourceType::Cp) {
+    finishVarTypes(**findSlot(type), typeManager);
+  }
   return true;
 }
 

@@ -54,6 +54,7 @@ class KORVAT_API ResourceFileSet {
   std::unique_ptr<ResourceGroup> _enumGroup;
   std::unique_ptr<ResourceGroup> _nvGroup;
   std::unique_ptr<ResourceGroup> _cpGroup;
+  std::unique_ptr<ResourceGroup> _fpGroup;  // a ResourceGroupFp
 };
 
 }  // namespace zavri::korvat

@@ -27,7 +27,7 @@ class KORVAT_API ResourceGroup : private boost::noncopyable {
   // Takes a type over. One without a name is dropped (false). A later type takes the place of an
   // earlier one with its name, which is deleted, and the number of an earlier one, which is still
   // found by name. A derived format type is found by name only.
-  bool internalAddType(std::unique_ptr<BaseType> type);
+  virtual bool internalAddType(std::unique_ptr<BaseType> type);
 
   // All types, by name and by number.
   const std::map<std::string, std::unique_ptr<BaseType>>& getTypesByName() const {

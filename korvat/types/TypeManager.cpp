@@ -1,15 +1,39 @@
 #include "korvat/types/TypeManager.h"
 
+#include <stdexcept>
+
 #include "korvat/base/Logger.h"
 #include "korvat/base/StringUtils.h"
 #include "korvat/convert/JsonConverter.h"
 #include "korvat/members/Value.h"
+#include "korvat/types/FpType.h"
 #include "korvat/types/ResourceFileSet.h"
+#include "korvat/types/ResourceGroupFp.h"
 #include "korvat/types/VarType.h"
 
 namespace zavri::korvat {
 
 using base::Logger;
+
+namespace {
+
+// True for an empty prefix too: searchFpType() has its own answer for it.
+bool mayBePrefix(const std::string& text) {
+  return text.empty() || text.size() == TypeId::StdPrefix.size();
+}
+
+// The prefix whose program ID begins with the other one of the digits 8 and 9; any other first
+// digit stays.
+std::string toAlternatePrefix(std::string prefix) {
+  if (prefix[0] == '8') {
+    prefix[0] = '9';
+  } else if (prefix[0] == '9') {
+    prefix[0] = '8';
+  }
+  return prefix;
+}
+
+}  // namespace
 
 const std::string TypeManager::restTypePrefix = "/~/type/";
 const std::string TypeManager::restTypeGenericDp = "/~/type/schema/fragment/dp";
@@ -43,9 +67,12 @@ ResourceFileSet& TypeManager::getResourceFileSet(const std::string& prefix) {
   const auto found = _fileSets.find(prefix);
   if (found != _fileSets.end()) return *found->second;
 
+  return *_fileSets.emplace(prefix, makeFileSet(prefix)).first->second;
+}
+
+std::shared_ptr<ResourceFileSet> TypeManager::makeFileSet(const std::string& prefix) {
   const std::string folder = ResourceFileSet::locateFolder(_baseDir, prefix);
-  const auto fileSet = std::make_shared<ResourceFileSet>(this, folder.c_str());
-  return *_fileSets.emplace(prefix, fileSet).first->second;
+  return std::make_shared<ResourceFileSet>(this, folder.c_str());
 }
 
 const BaseType* TypeManager::getType(const TypeId& id) {
@@ -73,6 +100,14 @@ const VarType* TypeManager::getVarType(const std::string& text) {
   return dynamic_cast<const VarType*>(getType(text));
 }
 
+const FpType* TypeManager::getFpType(const TypeId& id) {
+  return dynamic_cast<const FpType*>(getType(id));
+}
+
+const FpType* TypeManager::getFpType(const std::string& text) {
+  return dynamic_cast<const FpType*>(getType(text));
+}
+
 const BaseType* TypeManager::getTypeByIndex(const std::string& prefix, ResourceType type,
                                             std::int32_t index) {
   if (type == ResourceType::Invalid) return nullptr;
@@ -92,10 +127,63 @@ const VarType* TypeManager::getVarTypeByIndex(const std::string& prefix, Resourc
   return dynamic_cast<const VarType*>(getTypeByIndex(prefix, type, index));
 }
 
+const FpType* TypeManager::getFpTypeByIndex(const std::string& prefix, std::int32_t index) {
+  return dynamic_cast<const FpType*>(getTypeByIndex(prefix, ResourceType::Fp, index));
+}
+
 TypeId TypeManager::getTypeIdByIndex(const std::string& prefix, ResourceType type,
                                      std::int32_t index) {
   const BaseType* found = getTypeByIndex(prefix, type, index);
   return found == nullptr ? TypeId::None : TypeId(type, prefix, found->getName());
+}
+
+bool TypeManager::searchFpType(TypeId& id, std::int32_t key) {
+  const std::string prefix = id.getPrefix();
+  const auto found = _fileSets.find(prefix);
+  const bool isKnown = found != _fileSets.end();
+  const std::shared_ptr<ResourceFileSet> fileSet = isKnown ? found->second : makeFileSet(prefix);
+  const auto* group =
+      dynamic_cast<const ResourceGroupFp*>(fileSet->getGroup(ResourceType::Fp, false));
+  if (group == nullptr) return false;
+  if (!isKnown) _fileSets.emplace(prefix, fileSet);
+
+  const FpType* profile = group->findByKey(key);
+  if (profile == nullptr) return false;
+  id.setId(profile->getName());
+  return true;
+}
+
+TypeId TypeManager::searchFpType(const std::string& prefix, std::int32_t key) {
+  if (!mayBePrefix(prefix)) return TypeId::None;
+  // Not the standard set, as elsewhere: callers rely on the exception.
+  if (prefix.empty()) throw std::out_of_range("invalid string position");
+
+  TypeId primary(ResourceType::Fp, prefix, "");
+  TypeId alternate(ResourceType::Fp, toAlternatePrefix(prefix), "");
+  do {
+    if (alternate != primary) {
+      if (searchFpType(alternate, key)) return alternate;
+      alternate.lowerScope();
+    }
+    if (searchFpType(primary, key)) return primary;
+  } while (primary.lowerScope());
+  return TypeId::None;
+}
+
+const DpRef* TypeManager::searchDpRef(const std::string& prefix, DpRef::DpType dpType,
+                                      std::int32_t fpKey, std::int32_t index, bool useBase) {
+  if (!mayBePrefix(prefix) || fpKey < 0 || index < 1) return nullptr;
+
+  const FpType* profile = getFpType(searchFpType(prefix, fpKey));
+  if (profile != nullptr && useBase) profile = getFpType(profile->getBase());
+  if (profile == nullptr) return nullptr;
+  return profile->getDpRefByIndex(dpType, static_cast<std::uint32_t>(index));
+}
+
+TypeId TypeManager::searchVarType(const std::string& prefix, DpRef::DpType dpType,
+                                  std::int32_t fpKey, std::int32_t index, bool) {
+  const DpRef* datapoint = searchDpRef(prefix, dpType, fpKey, index, false);
+  return datapoint == nullptr ? TypeId::None : datapoint->getTypeId();
 }
 
 TypeId TypeManager::toTypeId(const std::string& text) const {

@@ -10,11 +10,13 @@
 #include "korvat/base/Endianess.h"
 #include "korvat/base/Export.h"
 #include "korvat/base/Value.h"
+#include "korvat/types/DpRef.h"
 #include "korvat/types/TypeId.h"
 
 namespace zavri::korvat {
 
 class BaseType;
+class FpType;
 class ResourceFileSet;
 class Value;
 class VarType;
@@ -57,12 +59,34 @@ class KORVAT_API TypeManager {
   const BaseType* getType(const std::string& text);
   const VarType* getVarType(const TypeId& id);
   const VarType* getVarType(const std::string& text);
+  const FpType* getFpType(const TypeId& id);
+  const FpType* getFpType(const std::string& text);
   // By LonMark number. A missing file is not reported.
   const BaseType* getTypeByIndex(const std::string& prefix, ResourceType type, std::int32_t index);
   const VarType* getVarTypeByIndex(const std::string& prefix, ResourceType type,
                                    std::int32_t index);
+  const FpType* getFpTypeByIndex(const std::string& prefix, std::int32_t index);
   // None when there is no such type.
   TypeId getTypeIdByIndex(const std::string& prefix, ResourceType type, std::int32_t index);
+
+  // Finds a functional profile by its key in the set of a device's prefix and, scope by scope, in
+  // the more general ones down to the standard set. At each scope the set of the alternate program
+  // ID is asked first: the one whose first digit is 9 instead of 8, or 8 instead of 9. The result
+  // carries the prefix of the set that has the profile; None when there is no such profile or the
+  // prefix has not 18 characters. Throws std::out_of_range for an empty prefix. A missing file is
+  // not reported.
+  TypeId searchFpType(const std::string& prefix, std::int32_t key);
+
+  // Datapoint number `index`, counted from 1, of the profile that searchFpType() finds, or with
+  // `useBase` of the profile that it inherits from; null when there is none. An empty prefix throws
+  // as there, unless key or number is negative or the number 0.
+  const DpRef* searchDpRef(const std::string& prefix, DpRef::DpType dpType, std::int32_t fpKey,
+                           std::int32_t index, bool useBase);
+
+  // Type of the datapoint that searchDpRef() finds in the profile itself, or None. The last
+  // argument is accepted for the callers' sake and ignored: an inherited profile is never asked.
+  TypeId searchVarType(const std::string& prefix, DpRef::DpType dpType, std::int32_t fpKey,
+                       std::int32_t index, bool useBase);
 
   // Reads "<prefix>/<format id>", alone or behind "/~/type/<kind>/<driver>/"; kind and driver are
   // not checked. Invalid, with a warning when nothing is left to read, for anything else.
@@ -129,6 +153,12 @@ class KORVAT_API TypeManager {
   bool isUnionRawToRawHex() const;
 
  private:
+  // Gives `id` the name of the profile with that key in the set of its prefix; false, and nothing
+  // changes, when there is none. A set is kept only when it has profiles: a search passes by many
+  // prefixes that have no folder.
+  bool searchFpType(TypeId& id, std::int32_t key);
+  std::shared_ptr<ResourceFileSet> makeFileSet(const std::string& prefix);
+
   static std::uint32_t maskOf(UnionModeBit bit) { return 1u << static_cast<std::uint32_t>(bit); }
 
   // By prefix. Shared with the copies of this manager.

@@ -106,8 +106,10 @@ TEST_F(ResourceBuilderTest, BuildsTheItemsOfEveryKind) {
       load(ldrf(items("<enumt id='e_t' idx='1'><members><e-member id='E'><value>1</value>"
                       "</e-member></members></enumt>"
                       "<nvt id='_n' idx='2'><size>1</size></nvt>"
-                      "<cpt id='c' idx='3'><default>4</default></cpt>"))));
-  EXPECT_EQ(_builder.dumps, "enum e_t 1\nnv _n 2 size 1\ncp c 3 size 0 default '4'\n");
+                      "<cpt id='c' idx='3'><default>4</default></cpt>"
+                      "<fpt id='f' idx='4' key='5'/>"))));
+  EXPECT_EQ(_builder.dumps,
+            "enum e_t 1\nnv _n 2 size 1\ncp c 3 size 0 default '4'\nfp f 4 key 5\n");
   EXPECT_EQ(log.texts(), Texts{});
 }
 
@@ -229,15 +231,22 @@ TEST_F(ResourceBuilderTest, GivesTheNameOfTheFileSetToTheItemBuilder) {
             "nv _a 1 size 0\nScalar ''\nnv _b 2 size 0\nRef nv 8000010128000000-4 _a\n");
 }
 
-TEST_F(ResourceBuilderTest, PassesOverProfiles) {
+TEST_F(ResourceBuilderTest, BuildsProfilesAmongOtherItems) {
   LogCapture log(Logger::Warning);
   EXPECT_TRUE(
       load(ldrf(items("<nvt id='_a' idx='1'/>"
-                      "<fpt id='f' idx='2'><p-name>SFPTf</p-name><members/></fpt>"
-                      "<fpt id='g' idx='3'/>"
+                      "<fpt id='SFPTf' idx='2' key='3'><f-nvs><f-nv id='n' idx='1'>"
+                      "<ref>SNVT_a</ref></f-nv></f-nvs></fpt>"
+                      "<fpt id='g' idx='3' key='4'/>"
                       "<nvt id='_b' idx='4'/>"))));
-  EXPECT_EQ(_builder.dumps, "nv _a 1 size 0\nnv _b 4 size 0\n");
+  EXPECT_EQ(_builder.dumps,
+            "nv _a 1 size 0\n"
+            "fp f 2 key 3\n  nv 1 n output 0000000000000000-0/SNVT_a\n"
+            "fp g 3 key 4\n"
+            "nv _b 4 size 0\n");
   EXPECT_EQ(log.texts(), Texts{});
+  ASSERT_EQ(_builder.itemBuilders.size(), 4u);
+  EXPECT_EQ(_builder.itemBuilders[1], _builder.itemBuilders[2]);
 }
 
 TEST_F(ResourceBuilderTest, GivesTheItemsToTheGroupOfTheirKind) {
@@ -246,6 +255,8 @@ TEST_F(ResourceBuilderTest, GivesTheItemsToTheGroupOfTheirKind) {
   EXPECT_EQ(dumpGroup(ResourceType::Nv, "nvs", "<nvt id='_n' idx='2'/>"), "nv _n 2 size 0\n");
   EXPECT_EQ(dumpGroup(ResourceType::Cp, "cps", "<cpt id='c' idx='3'/>"),
             "cp c 3 size 0 default ''\n");
+  EXPECT_EQ(dumpGroup(ResourceType::Fp, "fps", "<fpt id='SFPTf' idx='4' key='5'/>"),
+            "fp f 4 key 5\n");
   EXPECT_EQ(log.texts(), Texts{});
 }
 
@@ -526,7 +537,8 @@ TEST_F(ResourceBuilderTest, TracesTheHandlingOfAnItem) {
         "[ResourceBuilder::handleEnum]\n", "[ResourceBuilder::handleFp]\n",
         "[ResourceBuilder::skipElement]\n", "[ResourceBuilder::lookupString] 'u'\n",
         "[ResourceBuilder::addItem] _a\n", "[ResourceBuilder::addItem] b\n",
-        "[ResourceBuilder::addItem] c_t\n", "[ResourceBuilder::onItemBuildDone]\n"}) {
+        "[ResourceBuilder::addItem] c_t\n", "[ResourceBuilder::addItem] d\n",
+        "[ResourceBuilder::onItemBuildDone]\n"}) {
     EXPECT_TRUE(log.contains(Logger::Trace, text)) << text;
   }
 

@@ -2,12 +2,14 @@
 
 #include <string>
 
+#include "korvat/base/StringUtils.h"
 #include "korvat/members/MemAggregate.h"
 #include "korvat/members/MemBitfield.h"
 #include "korvat/members/MemFloat.h"
 #include "korvat/members/MemRefBase.h"
 #include "korvat/members/MemScalar.h"
 #include "korvat/types/CpType.h"
+#include "korvat/types/FpType.h"
 #include "korvat/types/VarType.h"
 
 namespace zavri::korvat::builder {
@@ -83,11 +85,41 @@ inline std::string dumpMember(const Member& member, const std::string& indent = 
   return text;
 }
 
-// "nv _temp 39 size 2", its flags, default and formats, and its members below.
+//   nv 1 nviSetpoint input mandatory member 3 0000000000000000-0/SNVT_temp_p min 10 ...
+inline std::string dumpDatapoint(const DpRef& dp) {
+  std::string text = dp.getDpType() == DpRef::DpType::Cp ? "  cp " : "  nv ";
+  text += std::to_string(dp.getIndex()) + " " + dp.getName();
+  text += dp.getDirection() == DpRef::Direction::Input ? " input" : " output";
+  if (dp.isMandatory()) text += " mandatory";
+  if (dp.getMember() != 0) text += " member " + std::to_string(dp.getMember());
+  if (dp.getTypeId()) text += " " + dp.getTypeId().toString();
+  if (dp.hasMin()) text += " min " + util::StringUtils::toString(dp.getMin());
+  if (dp.hasMax()) text += " max " + util::StringUtils::toString(dp.getMax());
+  if (dp.hasDefault()) text += " default " + util::StringUtils::toString(dp.getDefaultValue());
+  if (!dp.isArrayPermitted()) text += " single";
+  if (!dp.getAppliesTo().empty()) text += " applies to '" + dp.getAppliesTo() + "'";
+  return text + "\n";
+}
+
+// What a profile adds to the line of its type, and a line for each of its datapoints.
+inline std::string dumpProfile(const FpType& profile) {
+  std::string text;
+  if (profile.hasFlags(BaseType::kStandardProfile)) text += " standard";
+  if (profile.getKey() != FpType::kNoKey) text += " key " + std::to_string(profile.getKey());
+  if (profile.hasBase()) text += " inherits " + profile.getBase().toString();
+  text += "\n";
+  for (const DpRef* dp : profile.getNvColl()) text += dumpDatapoint(*dp);
+  for (const DpRef* dp : profile.getCpColl()) text += dumpDatapoint(*dp);
+  return text;
+}
+
+// "nv _temp 39 size 2", its flags, default and formats, and its members or datapoints below.
 inline std::string dumpType(const BaseType& type) {
   std::string text = std::string(resourceTypeName(type.getTypeId().getType())) + " " +
                      type.getName() + " " + std::to_string(type.getIndex());
   if (type.hasFlags(BaseType::kObsolete)) text += " obsolete";
+  const auto* profile = dynamic_cast<const FpType*>(&type);
+  if (profile != nullptr) return text + dumpProfile(*profile);
   const auto* varType = dynamic_cast<const VarType*>(&type);
   if (varType == nullptr) return text + "\n";
 

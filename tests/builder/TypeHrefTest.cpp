@@ -64,6 +64,16 @@ const std::vector<HrefCase> kHrefCases = {
 INSTANTIATE_TEST_SUITE_P(TypeHref, ParseHref, testing::ValuesIn(kHrefCases),
                          [](const auto& info) { return info.param.name; });
 
+TEST(StripUrl, TakesTheNamespaceFromTheStartOnly) {
+  EXPECT_EQ(stripUrl("http://types.lonmark.org/a/b"), "a/b");
+  EXPECT_EQ(stripUrl("http://types.lonmark.org/"), "");
+  EXPECT_EQ(stripUrl("http://types.lonmark.org"), "http://types.lonmark.org");
+  EXPECT_EQ(stripUrl("HTTP://types.lonmark.org/a"), "HTTP://types.lonmark.org/a");
+  EXPECT_EQ(stripUrl("x http://types.lonmark.org/a"), "x http://types.lonmark.org/a");
+  EXPECT_EQ(stripUrl("a/b"), "a/b");
+  EXPECT_EQ(stripUrl(""), "");
+}
+
 TEST(IsSetPrefix, NeedsAProgramIdAndAScope) {
   EXPECT_TRUE(isSetPrefix("0000000000000000-0"));
   EXPECT_TRUE(isSetPrefix("8000010128000000-4"));

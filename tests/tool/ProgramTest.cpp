@@ -24,6 +24,7 @@ TEST_P(ProgramOutput, IsTheWholeAnswer) {
 }
 
 const std::string kStd = "0000000000000000-0/";
+const std::string kUserCatalogue = std::string(KORVAT_TEST_DATA) + "/catalogue";
 
 // SNVT_switch: value is 5 * raw / 10 percent, state a signed byte. SNVT_temp_p: raw / 100.
 const std::vector<OutputCase> kOutputCases = {
@@ -68,8 +69,21 @@ const std::vector<OutputCase> kOutputCases = {
      "nv      63  SNVT_temp_f                       4 bytes\n"
      "nv     105  SNVT_temp_p                       2 bytes\n"},
     {"ListsByPartOfTheName",
-     {"list", "SWITCH"},
-     "nv      95  SNVT_switch                       2 bytes\n"},
+     {"list", "ELAPSED"},
+     "nv      87  SNVT_elapsed_tm                   7 bytes\n"},
+    {"ListsProfiles",
+     {"--catalog", kUserCatalogue, "list", "fp"},
+     "fp       2  SFPTopenLoopSensor                key 1, 1 nvs, 0 cps\n"
+     "fp       6  SFPTcontroller                    key 5, 1 nvs, 0 cps  obsolete\n"
+     "fp      22  SFPTboilerController              key 8301, 3 nvs, 1 cps\n"},
+    {"ListsEveryKindInOrder",
+     {"--catalog", kUserCatalogue, "--prefix", "9FFFFF0000000000-3", "list", "boiler"},
+     "nv       1  UNVTBoilerState                   4 bytes\n"
+     "nv       2  UNVTBoilerFault                   3 bytes\n"
+     "cp       1  UCPTBoilerTarget                  4 bytes\n"
+     "enum     1  boiler_stage_t                    4 items\n"
+     "enum     2  boiler_fault_t                    3 items\n"
+     "fp       1  UFPTboiler                        key 20003, 3 nvs, 2 cps\n"},
     {"DescribesAStructure",
      {"describe", "SNVT_switch"},
      "SNVT_switch  nv 95  set 0000000000000000-0  2 bytes\n"
@@ -103,6 +117,14 @@ TEST_P(ProgramError, IsOneLineAndNoOutput) {
 
 const std::vector<ErrorCase> kErrorCases = {
     {"UnknownType", {"decode", "SNVT_foo", "00"}, 3, "unknown type 'SNVT_foo'"},
+    {"ProfileToDescribe",
+     {"--catalog", kUserCatalogue, "describe", "SFPTcontroller"},
+     3,
+     "'SFPTcontroller' has no layout"},
+    {"ProfileToDecode",
+     {"--catalog", kUserCatalogue, "decode", "SFPTcontroller", "00"},
+     3,
+     "'SFPTcontroller' has no values"},
     {"UnknownTypeToDescribe", {"describe", "SNVT_foo"}, 3, "unknown type 'SNVT_foo'"},
     {"TypeOfAnUnknownSet", {"decode", "8000010000000000-3/UNVTx", "00"}, 3, "8000010000000000-3"},
     {"EmptyTypeText", {"decode", "/", "00"}, 3, "unknown type '/'"},
@@ -124,7 +146,11 @@ const std::vector<ErrorCase> kErrorCases = {
     {"IndexWithoutNumber", {"get", "SNVT_switch", "C801", "value[x]"}, 1, "expected [n]"},
     {"MemberOfANumber", {"get", "SNVT_temp_p", "0000", "a"}, 1, "there are no members here"},
     {"NothingListed", {"list", "nv", "no such type"}, 3, "no type matches 'no such type'"},
-    {"UnknownKind", {"list", "fx", "temp"}, 2, "unknown kind 'fx'"},
+    {"NoProfiles",
+     {"--catalog", kUserCatalogue, "--prefix", "9000000501238500-2", "list", "fp"},
+     3,
+     "no fp types in set 9000000501238500-2"},
+    {"UnknownKind", {"list", "fx", "temp"}, 2, "unknown kind 'fx'; expected nv, cp, enum or fp"},
     {"NoCommand", {}, 2, "korvat --help"},
     {"UnknownCommand", {"frobnicate"}, 2, "korvat --help"},
     {"MissingArgument", {"decode", "SNVT_switch"}, 2, "HEX"},
@@ -158,6 +184,16 @@ TEST(Program, ListsAsJson) {
   EXPECT_EQ(result.output,
             "[\n  {\n    \"kind\": \"nv\",\n    \"index\": 95,\n    \"name\": \"SNVT_switch\",\n"
             "    \"size\": 2,\n    \"obsolete\": false\n  }\n]\n");
+}
+
+TEST(Program, ListsProfilesAsJson) {
+  const ToolResult result =
+      runTool({"--catalog", kUserCatalogue, "list", "fp", "boiler", "--json"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output,
+            "[\n  {\n    \"kind\": \"fp\",\n    \"index\": 22,\n"
+            "    \"name\": \"SFPTboilerController\",\n    \"key\": 8301,\n    \"nvs\": 3,\n"
+            "    \"cps\": 1,\n    \"obsolete\": false\n  }\n]\n");
 }
 
 TEST(Program, ShowsTheMessagesOfTheLibraryWhenAsked) {

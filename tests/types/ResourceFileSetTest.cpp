@@ -13,6 +13,7 @@
 #include "korvat/types/CpType.h"
 #include "korvat/types/EnumType.h"
 #include "korvat/types/NvType.h"
+#include "korvat/types/ResourceGroupFp.h"
 #include "korvat/types/TypeManager.h"
 #include "tests/LogCapture.h"
 #include "tests/TempCatalogue.h"
@@ -150,6 +151,7 @@ TEST_F(ResourceFileSetTest, LoadsEachGroupFromItsFile) {
   _files.write(kUserFolder, "enums", "<enumt id='a_t' idx='1'/>");
   _files.write(kUserFolder, "nvs", "<nvt id='a' idx='2'/>");
   _files.write(kUserFolder, "cps", "<cpt id='a' idx='3'/>");
+  _files.write(kUserFolder, "fps", "<fpt id='UFPTa' idx='4' key='20001'/>");
   const auto fileSet = makeSet();
 
   const ResourceGroup* enums = fileSet->getGroup(ResourceType::Enum, true);
@@ -170,12 +172,22 @@ TEST_F(ResourceFileSetTest, LoadsEachGroupFromItsFile) {
   EXPECT_NE(dynamic_cast<const TResourceGroup<CpType>*>(cps), nullptr);
   EXPECT_NE(dynamic_cast<const CpType*>(cps->getType("a")), nullptr);
   EXPECT_EQ(cps->getTypeByIndex(3), cps->getType("a"));
+
+  const ResourceGroup* fps = fileSet->getGroup(ResourceType::Fp, true);
+  ASSERT_NE(fps, nullptr);
+  const auto* byKey = dynamic_cast<const ResourceGroupFp*>(fps);
+  ASSERT_NE(byKey, nullptr);
+  EXPECT_NE(dynamic_cast<const FpType*>(fps->getType("a")), nullptr);
+  EXPECT_EQ(fps->getTypeByIndex(4), fps->getType("a"));
+  EXPECT_EQ(byKey->findByKey(20001), fps->getType("a"));
+  EXPECT_EQ(fps->getFileSet(), fileSet.get());
 }
 
 TEST_F(ResourceFileSetTest, ReadsAFileWhenItsGroupIsAskedForFirst) {
   _files.write(kUserFolder, "enums", "<enumt id='a_t' idx='1'/>");
   _files.write(kUserFolder, "nvs", "<nvt id='a' idx='2'/>");
   _files.write(kUserFolder, "cps", "<cpt id='a' idx='3'/>");
+  _files.write(kUserFolder, "fps", "<fpt id='UFPTa' idx='4' key='20001'/>");
   LogCapture log(Logger::Debug);
   const auto fileSet = makeSet();
   EXPECT_THAT(log.texts(),
@@ -190,6 +202,9 @@ TEST_F(ResourceFileSetTest, ReadsAFileWhenItsGroupIsAskedForFirst) {
   log.clear();
   fileSet->getGroup(ResourceType::Nv, true);
   EXPECT_THAT(log.texts(), ElementsAre(loading("nv", "nvs")));
+  log.clear();
+  fileSet->getGroup(ResourceType::Fp, true);
+  EXPECT_THAT(log.texts(), ElementsAre(loading("fp", "fps")));
 }
 
 TEST_F(ResourceFileSetTest, ReadsAFileOnce) {
@@ -340,6 +355,7 @@ struct OwnPrefixCase {
   std::string enumId;
   std::string nvId;
   std::string cpId;
+  std::string fpId;
 };
 class OwnPrefix : public ResourceFileSetTest, public testing::WithParamInterface<OwnPrefixCase> {};
 
@@ -348,6 +364,7 @@ TEST_P(OwnPrefix, IsThatOfTheFolder) {
   _files.write(c.folder, "enums", "<enumt id='a_t' idx='1'/>");
   _files.write(c.folder, "nvs", "<nvt id='a' idx='2'/>");
   _files.write(c.folder, "cps", "<cpt id='a' idx='3'/>");
+  _files.write(c.folder, "fps", "<fpt id='a' idx='4' key='5'/>");
   const auto fileSet = makeSet(c.folder);
   const auto idOf = [&](ResourceType type, const std::string& name) {
     return fileSet->getGroup(type, true)->getType(name)->getTypeId().toString();
@@ -355,24 +372,26 @@ TEST_P(OwnPrefix, IsThatOfTheFolder) {
   EXPECT_EQ(idOf(ResourceType::Enum, "a_t"), c.enumId);
   EXPECT_EQ(idOf(ResourceType::Nv, "a"), c.nvId);
   EXPECT_EQ(idOf(ResourceType::Cp, "a"), c.cpId);
+  EXPECT_EQ(idOf(ResourceType::Fp, "a"), c.fpId);
 }
 
-INSTANTIATE_TEST_SUITE_P(Folders, OwnPrefix,
-                         testing::ValuesIn(std::vector<OwnPrefixCase>{
-                             {"Standard", "0000000000000000-0", "0000000000000000-0/a_t",
-                              "0000000000000000-0/SNVTa", "0000000000000000-0/SCPTa"},
-                             {"User", "9FFFFF0000000000-3", "9FFFFF0000000000-3/a_t",
-                              "9FFFFF0000000000-3/UNVTa", "9FFFFF0000000000-3/UCPTa"},
-                             {"UserInLowerCase", "9fffff0000000000-3", "9FFFFF0000000000-3/a_t",
-                              "9FFFFF0000000000-3/UNVTa", "9FFFFF0000000000-3/UCPTa"},
-                             {"UsageVariant", "9FFFFF0501A38542-6", "9FFFFF0501238542-6/a_t",
-                              "9FFFFF0501238542-6/UNVTa", "9FFFFF0501238542-6/UCPTa"},
-                             {"NoPrefix", "mine", "0000000000000000-0/a_t",
-                              "0000000000000000-0/SNVTa", "0000000000000000-0/SCPTa"},
-                             {"BadScope", "9FFFFF0000000000-8", "0000000000000000-0/a_t",
-                              "0000000000000000-0/SNVTa", "0000000000000000-0/SCPTa"},
-                         }),
-                         rowName);
+INSTANTIATE_TEST_SUITE_P(
+    Folders, OwnPrefix,
+    testing::ValuesIn(std::vector<OwnPrefixCase>{
+        {"Standard", "0000000000000000-0", "0000000000000000-0/a_t", "0000000000000000-0/SNVTa",
+         "0000000000000000-0/SCPTa", "0000000000000000-0/SFPTa"},
+        {"User", "9FFFFF0000000000-3", "9FFFFF0000000000-3/a_t", "9FFFFF0000000000-3/UNVTa",
+         "9FFFFF0000000000-3/UCPTa", "9FFFFF0000000000-3/UFPTa"},
+        {"UserInLowerCase", "9fffff0000000000-3", "9FFFFF0000000000-3/a_t",
+         "9FFFFF0000000000-3/UNVTa", "9FFFFF0000000000-3/UCPTa", "9FFFFF0000000000-3/UFPTa"},
+        {"UsageVariant", "9FFFFF0501A38542-6", "9FFFFF0501238542-6/a_t", "9FFFFF0501238542-6/UNVTa",
+         "9FFFFF0501238542-6/UCPTa", "9FFFFF0501238542-6/UFPTa"},
+        {"NoPrefix", "mine", "0000000000000000-0/a_t", "0000000000000000-0/SNVTa",
+         "0000000000000000-0/SCPTa", "0000000000000000-0/SFPTa"},
+        {"BadScope", "9FFFFF0000000000-8", "0000000000000000-0/a_t", "0000000000000000-0/SNVTa",
+         "0000000000000000-0/SCPTa", "0000000000000000-0/SFPTa"},
+    }),
+    rowName);
 
 // --- Taking types ---
 
@@ -418,6 +437,69 @@ TEST_F(ResourceFileSetTest, KeepsTheLaterOfTwoTypesWithOneName) {
   EXPECT_EQ(dynamic_cast<const NvType*>(group->getType("a"))->getSize(), 9);
   EXPECT_EQ(group->getTypeByIndex(2), nullptr);
   EXPECT_EQ(group->getTypeByIndex(4), group->getType("a"));
+}
+
+// What is left behind would be a pointer to a deleted profile.
+TEST_F(ResourceFileSetTest, ForgetsTheKeyOfAProfileThatALaterOneReplaces) {
+  _files.write(kUserFolder, "fps",
+               "<fpt id='UFPTa' idx='1' key='20001'/><fpt id='UFPTa' idx='2' key='20002'/>");
+  const auto fileSet = makeSet();
+  const auto* group =
+      dynamic_cast<const ResourceGroupFp*>(fileSet->getGroup(ResourceType::Fp, true));
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(group->findByKey(20001), nullptr);
+  EXPECT_EQ(group->getTypeByIndex(1), nullptr);
+  EXPECT_EQ(group->findByKey(20002), group->getType("a"));
+  EXPECT_EQ(group->getTypeByIndex(2), group->getType("a"));
+}
+
+// Profiles have no layout: nothing is looked for in them once they are read.
+TEST_F(ResourceFileSetTest, LoadsProfilesWithoutAWord) {
+  _files.write(kUserFolder, "fps", "<fpt id='UFPTa' idx='1' key='20001'/>");
+  const auto fileSet = makeSet();
+  LogCapture log(Logger::Info);
+  EXPECT_NE(fileSet->getGroup(ResourceType::Fp, true), nullptr);
+  EXPECT_THAT(log.texts(), IsEmpty());
+}
+
+// Notes its name in a list when it is deleted.
+class NotedType : public BaseType {
+ public:
+  NotedType(const std::string& name, std::vector<std::string>& deleted)
+      : BaseType(ResourceType::Invalid), _deleted(deleted) {
+    getTypeId().setId(name);
+  }
+  ~NotedType() override { _deleted.push_back(getName()); }
+
+ private:
+  std::vector<std::string>& _deleted;
+};
+
+TEST_F(ResourceFileSetTest, DeletesProfilesFirstAndEnumerationsLast) {
+  _files.write(kUserFolder, "enums", "<enumt id='a' idx='1'/>");
+  _files.write(kUserFolder, "nvs", "<nvt id='a' idx='2'/>");
+  _files.write(kUserFolder, "cps", "<cpt id='a' idx='3'/>");
+  _files.write(kUserFolder, "fps", "<fpt id='a' idx='4' key='5'/>");
+  std::vector<std::string> deleted;
+  auto fileSet = makeSet();
+  const LogCapture log;
+  // The sink adds a type of its own to each file while it is being read.
+  ResourceType loading = ResourceType::Invalid;
+  const Logger::Sink captured = Logger::setSink({});
+  Logger::setSink([&](Logger::Level, const std::string& text) {
+    if (text != "[ResourceBuilder::addItem] a\n") return;
+    auto noted = std::make_unique<NotedType>(resourceTypeName(loading), deleted);
+    EXPECT_TRUE(fileSet->addType(loading, std::move(noted)));
+  });
+  for (const ResourceType type : kAllTypes) {
+    loading = type;
+    EXPECT_NE(fileSet->getGroup(type, true), nullptr) << resourceTypeName(type);
+  }
+  Logger::setSink(captured);
+
+  EXPECT_THAT(deleted, IsEmpty());
+  fileSet.reset();
+  EXPECT_THAT(deleted, ElementsAre("fp", "cp", "nv", "enum"));
 }
 
 TEST_F(ResourceFileSetTest, WarnsAboutATypeWithoutALayoutOfItsOwnClass) {

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "korvat/members/Value.h"
 #include "korvat/types/CpType.h"
 #include "korvat/types/EnumType.h"
+#include "korvat/types/FpType.h"
 #include "korvat/types/NvType.h"
 #include "korvat/types/ResourceFileSet.h"
 #include "tests/LogCapture.h"
@@ -651,6 +653,356 @@ TEST(UserSets, KeepTheDefaultOfAProperty) {
       dynamic_cast<const CpType*>(manager.getType("9FFFFF0000000000-3/UCPTBoilerTarget"));
   ASSERT_NE(target, nullptr);
   EXPECT_EQ(target->getDefaultValue(), "2, 0, 6500");
+}
+
+// --- Functional profiles ---
+
+constexpr const char* kDevicePrefix = "9FFFFF0501A38542-6";  // in every users' set of scope 3 to 6
+
+TEST(Profiles, AreFoundByIdentifierTextAndNumber) {
+  TypeManager manager = makeUserManager();
+  const FpType* boiler = manager.getFpType("9FFFFF0000000000-3/UFPTboiler");
+  ASSERT_NE(boiler, nullptr);
+  EXPECT_EQ(boiler->getTypeId().toString(), "9FFFFF0000000000-3/UFPTboiler");
+  EXPECT_EQ(manager.getFpType(TypeId(ResourceType::Fp, kUserPrefix, "boiler")), boiler);
+  EXPECT_EQ(manager.getFpType("/~/type/fb/drv/9FFFFF0000000000-3/UFPTboiler"), boiler);
+  EXPECT_EQ(manager.getFpTypeByIndex(kUserPrefix, 1), boiler);
+  EXPECT_EQ(manager.getFpTypeByIndex("9FFFFF1234567890-3", 1), boiler);
+  EXPECT_EQ(manager.getTypeByIndex(kUserPrefix, ResourceType::Fp, 1), boiler);
+  EXPECT_TRUE(manager.getTypeIdByIndex(kUserPrefix, ResourceType::Fp, 1) == boiler->getTypeId());
+  EXPECT_EQ(manager.getVarType("9FFFFF0000000000-3/UFPTboiler"), nullptr);
+}
+
+TEST(Profiles, AreNoOtherTypes) {
+  TypeManager manager = makeUserManager();
+  EXPECT_EQ(manager.getFpType("/SNVT_temp_p"), nullptr);
+  EXPECT_EQ(manager.getFpType(nvId("", "_temp_p")), nullptr);
+  EXPECT_EQ(manager.getFpType(TypeId::None), nullptr);
+  EXPECT_EQ(manager.getFpType("/SFPTmissing"), nullptr);
+  EXPECT_EQ(manager.getFpTypeByIndex("", 105), nullptr);
+  LogCapture log(Logger::Debug);
+  EXPECT_EQ(manager.getFpTypeByIndex("9000000501238500-2", 1), nullptr);
+  EXPECT_EQ(log.lines().back().text,
+            "[TypeManager::getTypeByIndex] no resource-group 'fp' in file-set "
+            "'9000000501E38500-2'\n");
+  EXPECT_THAT(log.texts(Logger::Warning), IsEmpty());
+}
+
+TEST(Profiles, HaveWhatTheirDefinitionsSay) {
+  TypeManager manager = makeUserManager();
+  LogCapture log(Logger::Warning);
+  const FpType* boiler = manager.getFpType("9FFFFF0000000000-3/UFPTboiler");
+  ASSERT_NE(boiler, nullptr);
+  EXPECT_EQ(boiler->getKey(), 20003);
+  EXPECT_EQ(boiler->getFlags(), 0u);
+  ASSERT_EQ(boiler->getNvColl().size(), 3u);
+  const DpRef& setpoint = *boiler->getNvColl()[2];
+  EXPECT_EQ(setpoint.getName(), "nviSetpoint");
+  EXPECT_EQ(setpoint.getFpType(), boiler);
+  EXPECT_EQ(setpoint.getDirection(), DpRef::Direction::Input);
+  EXPECT_TRUE(setpoint.isMandatory());
+  EXPECT_EQ(setpoint.getMin(), 10.0);
+  EXPECT_EQ(setpoint.getMax(), 90.0);
+  EXPECT_EQ(setpoint.getDefaultValue(), 65.0);
+  EXPECT_TRUE(setpoint.hasDefault());
+  EXPECT_EQ(boiler->getDpRefByMember(DpRef::DpType::Nv, 3), &setpoint);
+
+  // A property of the profile as a whole, and one of a network variable.
+  ASSERT_EQ(boiler->getCpColl().size(), 2u);
+  const TypeId heartbeat(ResourceType::Cp, "", "maxSendTime");
+  const TypeId target(ResourceType::Cp, kUserPrefix, "BoilerTarget");
+  EXPECT_EQ(boiler->getDpRefByTypeId(DpRef::DpType::Cp, heartbeat, ""), boiler->getCpColl()[1]);
+  EXPECT_EQ(boiler->getDpRefByTypeId(DpRef::DpType::Cp, target, ""), nullptr);
+  EXPECT_EQ(boiler->getDpRefByTypeId(DpRef::DpType::Cp, target, "nvoState"),
+            boiler->getCpColl()[0]);
+  EXPECT_FALSE(boiler->getCpColl()[0]->isArrayPermitted());
+  EXPECT_TRUE(boiler->getCpColl()[1]->isArrayPermitted());
+
+  ASSERT_NE(manager.getFpType("/SFPTcontroller"), nullptr);
+  EXPECT_EQ(manager.getFpType("/SFPTcontroller")->getFlags(), BaseType::kObsolete);
+  EXPECT_EQ(manager.getFpType("/SFPTopenLoopSensor")->getFlags(), BaseType::kStandardProfile);
+  EXPECT_THAT(log.texts(), IsEmpty());
+}
+
+TEST(Profiles, ReferToTypesThatExist) {
+  TypeManager manager = makeUserManager();
+  for (const char* text :
+       {"/SFPTboilerController", "9FFFFF0000000000-3/UFPTboiler", "9FFFFF0501000000-4/UFPTcascade",
+        "9FFFFF0501238500-5/UFPTburner", "9FFFFF0501238542-6/UFPTburnerPair"}) {
+    const FpType* profile = manager.getFpType(text);
+    ASSERT_NE(profile, nullptr) << text;
+    EXPECT_FALSE(profile->getNvColl().empty()) << text;
+    for (const DpRef* dp : profile->getNvColl()) {
+      EXPECT_NE(dynamic_cast<const NvType*>(manager.getType(dp->getTypeId())), nullptr)
+          << text << " " << dp->getName();
+    }
+    for (const DpRef* dp : profile->getCpColl()) {
+      EXPECT_NE(dynamic_cast<const CpType*>(manager.getType(dp->getTypeId())), nullptr)
+          << text << " " << dp->getName();
+    }
+  }
+}
+
+TEST(Profiles, InheritAcrossSets) {
+  TypeManager manager = makeUserManager();
+  const FpType* profile = manager.getFpType("9FFFFF0501238542-6/UFPTburnerPair");
+  std::vector<std::string> line;
+  while (profile != nullptr) {
+    line.push_back(profile->getTypeId().toString());
+    profile = profile->hasBase() ? manager.getFpType(profile->getBase()) : nullptr;
+  }
+  EXPECT_THAT(line,
+              ElementsAre("9FFFFF0501238542-6/UFPTburnerPair", "9FFFFF0501238500-5/UFPTburner",
+                          "0000000000000000-0/SFPTopenLoopSensor"));
+}
+
+struct SearchCase {
+  std::string name;
+  std::string prefix;
+  std::int32_t key;
+  std::string found;  // empty: None
+};
+class SearchFpType : public testing::TestWithParam<SearchCase> {};
+
+TEST_P(SearchFpType, FallsBackScopeByScope) {
+  const SearchCase& c = GetParam();
+  TypeManager manager = makeUserManager();
+  LogCapture log(Logger::Warning);
+  const TypeId found = manager.searchFpType(c.prefix, c.key);
+  if (c.found.empty()) {
+    EXPECT_TRUE(found == TypeId::None) << found.toString();
+  } else {
+    EXPECT_EQ(found.getType(), ResourceType::Fp);
+    EXPECT_EQ(found.toString(), c.found);
+    const FpType* profile = manager.getFpType(found);
+    ASSERT_NE(profile, nullptr);
+    EXPECT_EQ(profile->getKey(), c.key);
+    EXPECT_TRUE(profile->getTypeId() == found);
+  }
+  EXPECT_THAT(log.texts(), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Keys, SearchFpType,
+    testing::ValuesIn(std::vector<SearchCase>{
+        {"OfTheModel", kDevicePrefix, 20006, "9FFFFF0501238542-6/UFPTburnerPair"},
+        {"OfTheSubclass", kDevicePrefix, 20005, "9FFFFF0501238500-5/UFPTburner"},
+        {"OfTheClass", kDevicePrefix, 20004, "9FFFFF0501000000-4/UFPTcascade"},
+        {"OfTheMaker", kDevicePrefix, 20003, "9FFFFF0000000000-3/UFPTboiler"},
+        {"OfTheStandard", kDevicePrefix, 8301, "0000000000000000-0/SFPTboilerController"},
+        {"OfNone", kDevicePrefix, 20007, ""},
+        {"MostSpecific", kDevicePrefix, 20000, "9FFFFF0501238542-6/UFPTprobeOfModel"},
+        {"FromScope5", "9FFFFF0501A38542-5", 20000, "9FFFFF0501238500-5/UFPTprobeOfSubclass"},
+        {"FromScope4", "9FFFFF0501A38542-4", 20000, "9FFFFF0501000000-4/UFPTprobeOfClass"},
+        {"FromScope3", "9FFFFF0501A38542-3", 20000, "9FFFFF0000000000-3/UFPTprobeOfMaker"},
+        {"FromScope2", "9FFFFF0501A38542-2", 20000, ""},
+        {"FromScope2ToTheStandard", "9FFFFF0501A38542-2", 1,
+         "0000000000000000-0/SFPTopenLoopSensor"},
+        {"FromScope0", "9FFFFF0501A38542-0", 1, "0000000000000000-0/SFPTopenLoopSensor"},
+        {"FromTheStandardPrefix", "0000000000000000-0", 5, "0000000000000000-0/SFPTcontroller"},
+        {"NotUpwards", "9FFFFF0501A38542-5", 20006, ""},
+        {"OtherModel", "9FFFFF0501A38543-6", 20006, ""},
+        {"OtherModelOfTheSubclass", "9FFFFF0501A38543-6", 20000,
+         "9FFFFF0501238500-5/UFPTprobeOfSubclass"},
+        {"OtherMaker", "9EEEEE0501A38542-6", 20003, ""},
+        {"AlternateOfTheModel", "8FFFFF0501A38542-6", 20006, "9FFFFF0501238542-6/UFPTburnerPair"},
+        {"AlternateOfTheSubclass", "8FFFFF0501A38542-6", 20005, "9FFFFF0501238500-5/UFPTburner"},
+        {"AlternateOfTheClass", "8FFFFF0501A38542-6", 20004, "9FFFFF0501000000-4/UFPTcascade"},
+        {"AlternateOfTheMaker", "8FFFFF0501A38542-6", 20003, "9FFFFF0000000000-3/UFPTboiler"},
+        {"AlternateMostSpecific", "8FFFFF0501A38542-6", 20000,
+         "9FFFFF0501238542-6/UFPTprobeOfModel"},
+        {"AlternateOfTheStandard", "8FFFFF0501A38542-6", 8301,
+         "0000000000000000-0/SFPTboilerController"},
+        {"NoAlternateForAnotherDigit", "7FFFFF0501A38542-6", 20003, ""},
+        {"NegativeKey", kDevicePrefix, -1, ""},
+        {"ScopeOutOfRange", "9FFFFF0501A38542-7", 1, ""},
+        {"NoProgramId", "nothing-hexadecima", 1, ""},
+        {"TooShort", "9FFFFF0501A38542-", 20006, ""},
+        {"TooLong", "9FFFFF0501A38542-6x", 20006, ""},
+        {"OneCharacter", "9", 20006, ""},
+    }),
+    rowName);
+
+TEST(SearchFpType, ThrowsForAnEmptyPrefix) {
+  TypeManager manager = makeUserManager();
+  try {
+    manager.searchFpType("", 1);
+    FAIL() << "no exception";
+  } catch (const std::out_of_range& exception) {
+    EXPECT_STREQ(exception.what(), "invalid string position");
+  }
+}
+
+TEST(SearchFpType, CarriesThePrefixOfTheSetThatHasTheProfile) {
+  TypeManager manager = makeUserManager();
+  const TypeId found = manager.searchFpType("8FFFFF0501A38542-6", 20003);
+  EXPECT_EQ(found.getPrefix(), "9FFFFF0000000000-3");
+  EXPECT_EQ(found.getScope(), Scope::Manufacturer);
+  EXPECT_EQ(found.getProgId().toString(), "9FFFFF0501A38542");
+}
+
+TEST(SearchFpType, AsksTheAlternateSetFirstAtEachScope) {
+  TempCatalogue files;
+  files.write("9FFFFF0000000000-3", "fps",
+              "<fpt id='nineAtScope3' idx='1' key='1'/><fpt id='nineAlone' idx='2' key='2'/>");
+  files.write("8FFFFF0000000000-3", "fps",
+              "<fpt id='eightAtScope3' idx='1' key='1'/><fpt id='eightAlone' idx='2' key='3'/>");
+  files.write("8FFFFF0501000000-4", "fps", "<fpt id='eightAtScope4' idx='1' key='4'/>");
+  TypeManager manager = files.makeManager();
+  EXPECT_EQ(manager.searchFpType("8FFFFF0000000000-3", 1).getId(), "nineAtScope3");
+  EXPECT_EQ(manager.searchFpType("9FFFFF0000000000-3", 1).getId(), "eightAtScope3");
+  EXPECT_EQ(manager.searchFpType("8FFFFF0000000000-3", 3).getId(), "eightAlone");
+  EXPECT_EQ(manager.searchFpType("9FFFFF0000000000-3", 2).getId(), "nineAlone");
+
+  // The scope comes before the digit.
+  files.write("9FFFFF0000000000-3", "fps", "<fpt id='nineAtScope3' idx='1' key='4'/>");
+  TypeManager again = files.makeManager();
+  EXPECT_EQ(again.searchFpType("8FFFFF0501000000-4", 4).getId(), "eightAtScope4");
+  EXPECT_EQ(again.searchFpType("9FFFFF0501000000-4", 4).getId(), "eightAtScope4");
+}
+
+TEST(SearchFpType, KeepsOnlySetsThatHaveProfiles) {
+  TempCatalogue files;
+  files.write("9FFFFF0000000000-3", "fps", "<fpt id='UFPTa' idx='1' key='20001'/>");
+  files.write(TypeId::StdPrefix, "nvs", "<nvt id='_a' idx='1'/>");
+  TypeManager manager = files.makeManager();
+  const std::string base = files.path();
+  const auto locating = [&](const std::string& prefix, const std::string& folder) {
+    return "[ResourceFileSet::locateFolder] baseDir='" + base + "' prefix='" + prefix + "' ==> '" +
+           folder + "'\n";
+  };
+  const auto making = [](const std::string& folder) {
+    return "[ResourceFileSet::ResourceFileSet] folder: " + folder + "\n";
+  };
+  const auto loading = [&](const std::string& folder) {
+    return "[ResourceFileSet::loadResources][fp] going to load " + base + "/" + folder +
+           "/fps.xml\n";
+  };
+  const std::string eight = "8FFFFF0000000000-3";
+  const std::string nine = "9FFFFF0000000000-3";
+  LogCapture log(Logger::Debug);
+  EXPECT_EQ(manager.searchFpType(nine, 20001).getId(), "a");
+  EXPECT_THAT(log.texts(), ElementsAre(locating(eight, ""), making(eight), loading(eight),
+                                       locating(nine, nine), making(nine), loading(nine)));
+  log.clear();
+  EXPECT_EQ(manager.searchFpType(nine, 20001).getId(), "a");
+  EXPECT_THAT(log.texts(), ElementsAre(locating(eight, ""), making(eight), loading(eight)));
+
+  // One without profiles that is there already is asked again, and stays.
+  log.clear();
+  ResourceFileSet& standard = manager.getResourceFileSet(TypeId::StdPrefix);
+  log.clear();
+  EXPECT_FALSE(manager.searchFpType(TypeId::StdPrefix, 1));
+  EXPECT_THAT(log.texts(), ElementsAre(loading(TypeId::StdPrefix)));
+  EXPECT_EQ(&manager.getResourceFileSet(TypeId::StdPrefix), &standard);
+}
+
+TEST(SearchFpType, KeepsASetWhoseProfilesHaveOtherKeys) {
+  TypeManager manager = makeUserManager();
+  EXPECT_FALSE(manager.searchFpType(kUserPrefix, 20007));
+  LogCapture log(Logger::Debug);
+  manager.getResourceFileSet(kUserPrefix);
+  EXPECT_THAT(log.texts(), IsEmpty());
+}
+
+struct DpRefCase {
+  std::string name;
+  std::string prefix;
+  DpRef::DpType dpType;
+  std::int32_t key;
+  std::int32_t index;
+  std::string own;        // datapoint found in the profile; empty: none
+  std::string ownType;    // and its type
+  std::string inherited;  // datapoint found in the profile it inherits from
+};
+class SearchDpRef : public testing::TestWithParam<DpRefCase> {};
+
+std::string nameOf(const DpRef* datapoint) {
+  return datapoint == nullptr ? "" : datapoint->getName();
+}
+
+TEST_P(SearchDpRef, FindsDatapointsOfTheProfileOrOfItsBase) {
+  const DpRefCase& c = GetParam();
+  TypeManager manager = makeUserManager();
+  LogCapture log(Logger::Warning);
+  EXPECT_EQ(nameOf(manager.searchDpRef(c.prefix, c.dpType, c.key, c.index, false)), c.own);
+  EXPECT_EQ(nameOf(manager.searchDpRef(c.prefix, c.dpType, c.key, c.index, true)), c.inherited);
+  for (const bool useBase : {false, true}) {
+    const TypeId type = manager.searchVarType(c.prefix, c.dpType, c.key, c.index, useBase);
+    EXPECT_EQ(type ? type.toString() : "", c.ownType);
+  }
+  EXPECT_THAT(log.texts(), IsEmpty());
+}
+
+constexpr auto kNv = DpRef::DpType::Nv;
+constexpr auto kCp = DpRef::DpType::Cp;
+
+INSTANTIATE_TEST_SUITE_P(
+    Datapoints, SearchDpRef,
+    testing::ValuesIn(std::vector<DpRefCase>{
+        {"Variable", kDevicePrefix, kNv, 20003, 1, "nvoState", "9FFFFF0000000000-3/UNVTBoilerState",
+         ""},
+        {"VariableOfBoth", kDevicePrefix, kNv, 20003, 3, "nviSetpoint",
+         "0000000000000000-0/SNVT_temp_p", "nvoEffectSetpt"},
+        {"VariableOfTheBaseOnly", kDevicePrefix, kNv, 20003, 7, "", "", "nviOutdoorTemp"},
+        {"Property", kDevicePrefix, kCp, 20003, 1, "cpTarget",
+         "9FFFFF0000000000-3/UCPTBoilerTarget", "nciSndHrtBt"},
+        {"PropertyOfStandardType", kDevicePrefix, kCp, 20003, 2, "cpHeartbeat",
+         "0000000000000000-0/SCPTmaxSendTime", ""},
+        {"NumberInGap", kDevicePrefix, kNv, 8301, 6, "nviSupplyTemp",
+         "0000000000000000-0/SNVT_temp_p", ""},
+        {"NoSuchNumber", kDevicePrefix, kNv, 8301, 4, "", "", ""},
+        {"OfTheClass", kDevicePrefix, kNv, 20004, 1, "nvoCascade", "9FFFFF0501000000-4/UNVTCascade",
+         "nvoState"},
+        {"OfTheModel", kDevicePrefix, kNv, 20006, 1, "nvoPair", "9FFFFF0501238542-6/UNVTBurnerPair",
+         "nvoBurner"},
+        {"UnderTheAlternateProgramId", "8FFFFF0501A38542-6", kNv, 20006, 1, "nvoPair",
+         "9FFFFF0501238542-6/UNVTBurnerPair", "nvoBurner"},
+        {"AnyType", TypeId::StdPrefix, kNv, 1, 1, "nvoValue", "0000000000000000-0/SNVT_xxx", ""},
+        {"NoSuchProfile", kDevicePrefix, kNv, 20007, 1, "", "", ""},
+        {"NegativeKey", kDevicePrefix, kNv, -1, 1, "", "", ""},
+        {"NumberZero", kDevicePrefix, kNv, 20003, 0, "", "", ""},
+        {"NegativeNumber", kDevicePrefix, kNv, 20003, -1, "", "", ""},
+        {"ShortPrefix", "9FFFFF0501A38542-", kNv, 20003, 1, "", "", ""},
+        {"LongPrefix", "9FFFFF0501A38542-6x", kNv, 20003, 1, "", "", ""},
+        // The key and the number are looked at before the prefix is.
+        {"EmptyPrefixAndNegativeKey", "", kNv, -1, 1, "", "", ""},
+        {"EmptyPrefixAndNumberZero", "", kNv, 1, 0, "", "", ""},
+    }),
+    rowName);
+
+TEST(SearchDpRef, TakesAKindThatIsNoneForAVariable) {
+  TypeManager manager = makeUserManager();
+  LogCapture log(Logger::Error);
+  const auto noKind = static_cast<DpRef::DpType>(2);
+  EXPECT_EQ(nameOf(manager.searchDpRef(kDevicePrefix, noKind, 20003, 1, false)), "nvoState");
+  EXPECT_THAT(log.texts(), ElementsAre("[FpType::getColl] invalid type (2), using nvColl\n"));
+}
+
+TEST(SearchDpRef, ThrowsForAnEmptyPrefix) {
+  TypeManager manager = makeUserManager();
+  EXPECT_THROW(manager.searchDpRef("", kNv, 1, 1, false), std::out_of_range);
+  EXPECT_THROW(manager.searchVarType("", kNv, 1, 1, true), std::out_of_range);
+}
+
+TEST(SearchDpRef, FindsNoneWhenTheInheritedProfileIsMissing) {
+  TempCatalogue files;
+  files.write(kUserPrefix, "fps",
+              "<fpt id='UFPTa' idx='1' key='20001'><inheriting><ref>SFPTgone</ref></inheriting>"
+              "<f-nvs><f-nv id='n' idx='1'><ref>SNVT_a</ref></f-nv></f-nvs></fpt>");
+  files.write(TypeId::StdPrefix, "fps", "<fpt id='SFPTb' idx='1' key='1'/>");
+  TypeManager manager = files.makeManager();
+  EXPECT_EQ(nameOf(manager.searchDpRef(kUserPrefix, kNv, 20001, 1, false)), "n");
+  EXPECT_EQ(manager.searchDpRef(kUserPrefix, kNv, 20001, 1, true), nullptr);
+}
+
+TEST(Profiles, OutliveTheManagerAsCopiesWithoutAProfile) {
+  auto manager = std::make_unique<TypeManager>(makeUserManager());
+  const FpType copy(*manager->getFpType("9FFFFF0000000000-3/UFPTboiler"));
+  manager.reset();
+  ASSERT_EQ(copy.getNvColl().size(), 3u);
+  EXPECT_EQ(copy.getNvColl()[0]->getName(), "nvoState");
+  EXPECT_EQ(copy.getNvColl()[0]->getFpType(), nullptr);
 }
 
 // --- Copies ---
