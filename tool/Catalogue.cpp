@@ -242,8 +242,10 @@ base::Buffer Catalogue::encode(const VarType& type, const json::Value& value) {
   }
   if (!getFacts(type).hasUnion || _options.useUnionHex) return raw;
 
-  // What decode shows holds every alternative of a union. They are taken together when they stand
-  // for the same bytes, as there; where they do not, nobody can tell which one is meant.
+  // What decode shows holds every alternative of a union, those that do not hold out of their
+  // limits, maybe. The first one is enough when the others stand for the same bytes. Otherwise they
+  // are taken together; where they stand for different bytes, nobody can tell which one is meant.
+  if (decode(type, raw) == value) return raw;
   JsonConverter all(&_manager, type, _options.order, true);
   base::Buffer together;
   if (!all.jsonToRaw(value, together) || !all.getProblems().empty()) {

@@ -48,4 +48,8 @@ void runDescribe(Catalogue& catalogue, const std::string& type, bool withTrees);
 // with "*" and "?" as a whole, without them anywhere, in either case.
 void runList(Catalogue& catalogue, const std::string& kind, const std::string& pattern);
 
+// A functional profile, named or by its key, with its datapoints and those of the profiles it
+// inherits from. A key is searched from the set of the option --prefix towards the standard set.
+void runProfile(Catalogue& catalogue, const std::string& nameOrKey);
+
 }  // namespace zavri::korvat::tool

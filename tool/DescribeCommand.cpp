@@ -17,6 +17,7 @@
 #include "korvat/types/EnumType.h"
 #include "tool/Failure.h"
 #include "tool/Layout.h"
+#include "tool/TextTable.h"
 
 namespace zavri::korvat::tool {
 
@@ -147,9 +148,8 @@ json::Value describeType(Catalogue& catalogue, const BaseType& type, bool withTr
   }
 
   if (type.getTypeId().getType() == ResourceType::Fp) {
-    throw Failure(kNotFound, "'" + displayName(type) +
-                                 "' has no layout: expected a network variable, configuration "
-                                 "property or enumeration type; see 'korvat list fp'");
+    throw Failure(kNotFound, "'" + displayName(type) + "' has no layout: see 'korvat profile " +
+                                 displayName(type) + "'");
   }
 
   const auto& varType = static_cast<const VarType&>(type);
@@ -211,15 +211,6 @@ std::string typeText(const json::Value& row) {
   return text;
 }
 
-std::string pad(std::string text, std::size_t width) {
-  if (text.size() < width) text.resize(width, ' ');
-  return text;
-}
-
-std::string rightAlign(const std::string& text, std::size_t width) {
-  return std::string(text.size() < width ? width - text.size() : 0, ' ') + text;
-}
-
 // The root member has no name of its own.
 std::string pathText(const json::Value& row) {
   const std::string path = row["path"].asString();
@@ -243,7 +234,7 @@ std::string memberLines(const json::Value& members) {
                        limitsText(row) + scalingText(row) + displayText(row);
     if (!row["unit"].isNull()) line += "  [" + row["unit"].asString() + "]";
     if (!row["discriminator"].isNull()) line += "  chosen by " + row["discriminator"].asString();
-    lines += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+    lines += toLine(line);
   }
   return lines;
 }

@@ -48,6 +48,7 @@ struct Arguments {
   bool withFormatTrees = false;
   bool isStream = false;
   std::string streamType;
+  std::string profile;
   std::string kind;
   std::string pattern;
 };
@@ -72,7 +73,7 @@ void addOptions(CLI::App& app, Options& options) {
   app.add_flag("--no-cut", options.refuseCutting,
                "Encode: refuse numbers out of range instead of cutting them");
   app.add_flag("--any-length", options.acceptAnyLength, "Take input of any length");
-  app.add_flag("--json", options.printJson, "Print describe and list as JSON");
+  app.add_flag("--json", options.printJson, "Print describe, profile and list as JSON");
   app.add_option("--log", options.logLevel,
                  "Show the library's messages: silent, error, warning, info, debug or trace")
       ->transform(CLI::CheckedTransformer(kLogLevels))
@@ -177,6 +178,14 @@ void addCatalogueCommands(CLI::App& app, const Options& options, Arguments& argu
   describe->callback([&] {
     Catalogue catalogue(options);
     runDescribe(catalogue, arguments.type, arguments.withFormatTrees);
+  });
+
+  CLI::App* profile = app.add_subcommand("profile", "Show a functional profile");
+  profile->add_option("PROFILE", arguments.profile, "Name such as SFPTnodeObject, or its key")
+      ->required();
+  profile->callback([&] {
+    Catalogue catalogue(options);
+    runProfile(catalogue, arguments.profile);
   });
 
   CLI::App* list = app.add_subcommand("list", "List the types of the catalogue");

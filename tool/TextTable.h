@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace zavri::korvat::tool {
+
+// Columns of text output; a longer text is left as it is.
+
+inline std::string pad(std::string text, std::size_t width) {
+  if (text.size() < width) text.resize(width, ' ');
+  return text;
+}
+
+inline std::string rightAlign(const std::string& text, std::size_t width) {
+  return std::string(text.size() < width ? width - text.size() : 0, ' ') + text;
+}
+
+// One line of output, without blanks at its end.
+inline std::string toLine(const std::string& text) {
+  return text.substr(0, text.find_last_not_of(' ') + 1) + "\n";
+}
+
+}  // namespace zavri::korvat::tool
