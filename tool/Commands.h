@@ -44,9 +44,13 @@ void runEncodeStream(Catalogue& catalogue, const std::string& defaultType);
 // enumeration. `withTrees` also shows what each format is parsed into.
 void runDescribe(Catalogue& catalogue, const std::string& type, bool withTrees);
 
-// The types of one kind ("nv", "cp" or "enum"; all for an empty text) whose name matches a pattern:
+// The types of one kind ("nv", "cp", "enum" or "fp"; all for an empty text) whose name matches a pattern:
 // with "*" and "?" as a whole, without them anywhere, in either case.
 void runList(Catalogue& catalogue, const std::string& kind, const std::string& pattern);
+
+// What is wrong with the files of the catalogue: one line for each finding, or JSON. Throws
+// kProblem at the end when there is any.
+void runCheck(Catalogue& catalogue);
 
 // A functional profile, named or by its key, with its datapoints and those of the profiles it
 // inherits from. A key is searched from the set of the option --prefix towards the standard set.

@@ -16,6 +16,7 @@
 #include "korvat/format/Condition.h"
 #include "korvat/format/FormattedString.h"
 #include "korvat/members/MemEnum.h"
+#include "korvat/members/MemNumeric.h"
 #include "korvat/types/EnumType.h"
 #include "tool/Failure.h"
 #include "tool/JsonPath.h"
@@ -151,12 +152,16 @@ std::string convert(const json::Value& node, const Conversion& conversion) {
 }
 
 std::string fill(std::string text, const Conversion& conversion) {
-  if (text.size() >= conversion.width) return text;
-  const std::size_t missing = conversion.width - text.size();
+  std::size_t length = 0;  // characters
+  for (std::size_t pos = 0; pos < text.size(); ++length) base::takeUtf8(text, pos);
+  if (length >= conversion.width) return text;
+
+  const std::size_t missing = conversion.width - length;
   if (conversion.isLeft) return text.append(missing, ' ');
-  if (!conversion.isZeroFilled) return text.insert(0, missing, ' ');
-  const bool isSigned = text.front() == '-' || text.front() == '+';
-  return text.insert(isSigned ? 1 : 0, missing, '0');
+  const std::size_t digits = text.find_first_not_of("+-");
+  const bool isNumber = digits != std::string::npos && digits <= 1 && util::isDigit(text[digits]);
+  if (!conversion.isZeroFilled || !isNumber) return text.insert(0, missing, ' ');
+  return text.insert(digits, missing, '0');
 }
 
 class FormatWriter {
@@ -253,11 +258,14 @@ class FormatWriter {
   }
 
   bool holds(const format::Condition& condition) {
-    const bool isEqual = numberOf(condition.getFieldName()) == condition.getValue();
+    // A number that was shown in another unit comes back with a rounding error.
+    constexpr double kClose = 1e-6;
+    const double difference = numberOf(condition.getFieldName()) - condition.getValue();
+    const bool isEqual = std::abs(difference) < kClose;
     return isEqual == (condition.getOperator() == format::Condition::Operator::Equal);
   }
 
-  // The number in a member; of an enumeration the one behind the name.
+  // The number in a member, in the member's own unit; of an enumeration the one behind the name.
   double numberOf(const std::string& path) {
     const json::Value node = find(path);
     const Member* member = findMember(path);
@@ -265,7 +273,9 @@ class FormatWriter {
       const EnumType* type = static_cast<const MemEnum*>(member)->resolveEnum(&_manager);
       if (type != nullptr && type->hasName(node.asString())) return type->getValue(node.asString());
     }
-    return node.asDouble();
+    const auto* number = dynamic_cast<const MemNumeric*>(member);
+    if (number == nullptr) return node.asDouble();
+    return number->getDisplayScaling().fromShown(node.asDouble());
   }
 
   // The node at a member path. An index into a text gives the code of that character, 0 behind its

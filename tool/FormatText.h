@@ -18,7 +18,8 @@ namespace zavri::korvat::tool {
 //   %%, \n, \"   the character itself
 //   date(), time()   2026-11-21 and 07:05:00.250, each as far as there are parts
 //
-// A unit also follows a format's value itself, when that is a number. Flags, width (up to 100) and
+// A condition asks for the number in a member's own unit. A unit also follows a format's value
+// itself, when that is a number. Flags, width (up to 100) and
 // precision (up to 20) are those of C. A conversion without a member stays as it stands. Throws
 // Failure when the format shows a member that the value does not have.
 std::string renderText(TypeManager& manager, const VarType& type, const Format& format,

@@ -83,7 +83,7 @@ json::Value describeShortly(const BaseType& type) {
     entry["items"] = static_cast<std::uint32_t>(enumType->getItemsByName().size());
   }
   if (const auto* fpType = dynamic_cast<const FpType*>(&type)) {
-    entry["key"] = fpType->getKey();
+    if (fpType->hasKey()) entry["key"] = fpType->getKey();
     entry["nvs"] = static_cast<std::uint32_t>(fpType->getNvColl().size());
     entry["cps"] = static_cast<std::uint32_t>(fpType->getCpColl().size());
   }
@@ -100,8 +100,9 @@ std::string toLine(const json::Value& entry) {
   if (line.size() < 44) line.resize(44, ' ');
   if (!entry["size"].isNull()) line += "  " + entry["size"].asString() + " bytes";
   if (!entry["items"].isNull()) line += "  " + entry["items"].asString() + " items";
-  if (!entry["key"].isNull()) {
-    line += "  key " + entry["key"].asString() + ", " + entry["nvs"].asString() + " nvs, " +
+  if (!entry["key"].isNull()) line += "  key " + entry["key"].asString() + ",";
+  if (!entry["nvs"].isNull()) {
+    line += std::string(entry["key"].isNull() ? "  " : " ") + entry["nvs"].asString() + " nvs, " +
             entry["cps"].asString() + " cps";
   }
   if (entry["obsolete"].asInt32() != 0) line += "  obsolete";

@@ -3,9 +3,15 @@
 #include <algorithm>
 #include <cstdio>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "korvat/base/StringUtils.h"
+#include "korvat/base/Value.h"
+#include "korvat/types/DpRef.h"
 #include "korvat/types/FpType.h"
+#include "korvat/types/TypeManager.h"
+#include "tool/Failure.h"
 #include "tool/TextTable.h"
 
 namespace zavri::korvat::tool {
@@ -26,8 +32,12 @@ json::Value describeDatapoint(TypeManager& manager, const DpRef& datapoint) {
   row["index"] = datapoint.getIndex();
   row["name"] = datapoint.getName();
   const TypeId& type = datapoint.getTypeId();
-  row["type"] = nameOf(type);
-  if (!type.isGenericNv() && manager.getType(type) == nullptr) row["unknownType"].setBoolean(true);
+  if (!type.getId().empty()) {
+    row["type"] = nameOf(type);
+    if (!type.isGenericNv() && manager.getType(type) == nullptr) {
+      row["unknownType"].setBoolean(true);
+    }
+  }
   row["direction"] = datapoint.getDirection() == DpRef::Direction::Input ? "input" : "output";
   row["mandatory"].setBoolean(datapoint.isMandatory());
   if (datapoint.getMember() != 0) row["member"] = datapoint.getMember();
@@ -53,7 +63,7 @@ json::Value describeProfile(TypeManager& manager, const FpType& profile) {
   described["name"] = displayName(profile);
   described["kind"] = resourceTypeName(ResourceType::Fp);
   described["index"] = profile.getIndex();
-  if (profile.getKey() != FpType::kNoKey) described["key"] = profile.getKey();
+  if (profile.hasKey()) described["key"] = profile.getKey();
   described["set"] = profile.getTypeId().getPrefix();
   described["obsolete"].setBoolean(profile.hasFlags(BaseType::kObsolete));
   if (profile.hasBase()) {
@@ -90,18 +100,21 @@ std::string limitsText(const json::Value& row) {
 }
 
 std::string datapointLines(const json::Value& rows, bool withDirection) {
+  const auto typeText = [](const json::Value& row) {
+    return row["type"].isNull() ? std::string("(no type given)") : row["type"].asString();
+  };
   std::size_t nameWidth = 0;
   std::size_t typeWidth = 0;
   for (unsigned i = 0; i < rows.getSize(); ++i) {
     nameWidth = std::max(nameWidth, rows[i]["name"].asString().size());
-    typeWidth = std::max(typeWidth, rows[i]["type"].asString().size());
+    typeWidth = std::max(typeWidth, typeText(rows[i]).size());
   }
   std::string lines;
   for (unsigned i = 0; i < rows.getSize(); ++i) {
     const json::Value& row = rows[i];
     std::string line = "  " + rightAlign(row["index"].asString(), 4) + "  " +
                        pad(row["name"].asString(), nameWidth) + "  " +
-                       pad(row["type"].asString(), typeWidth);
+                       pad(typeText(row), typeWidth);
     if (withDirection) line += "  " + pad(row["direction"].asString(), 6);
     line += row["mandatory"].asInt32() != 0 ? "  mandatory" : "  optional ";
     line += limitsText(row);
@@ -135,9 +148,10 @@ std::string toText(const json::Value& profile) {
 
 const FpType& findProfile(Catalogue& catalogue, const std::string& nameOrKey) {
   TypeManager& manager = catalogue.getManager();
-  bool isKey = false;
-  const std::int32_t key = StringUtils::toInt32(nameOrKey, isKey);
-  if (!isKey) {
+  bool isWhole = false;
+  const std::int32_t key = StringUtils::toInt32(nameOrKey, isWhole);
+  const bool isNumber = nameOrKey.find_first_not_of("-0123456789") == std::string::npos;
+  if (!isNumber) {
     const auto* profile = dynamic_cast<const FpType*>(&catalogue.findType(nameOrKey));
     if (profile == nullptr) {
       throw Failure(kNotFound,
@@ -148,7 +162,7 @@ const FpType& findProfile(Catalogue& catalogue, const std::string& nameOrKey) {
 
   const std::string& given = catalogue.getOptions().prefix;
   const std::string prefix = given.empty() ? TypeId::StdPrefix : given;
-  const FpType* profile = manager.getFpType(manager.searchFpType(prefix, key));
+  const FpType* profile = isWhole ? manager.getFpType(manager.searchFpType(prefix, key)) : nullptr;
   if (profile == nullptr) {
     throw Failure(kNotFound, "no functional profile with the key " + nameOrKey + " in set " +
                                  prefix + " and the more general ones; see 'korvat list fp'");

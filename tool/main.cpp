@@ -73,7 +73,7 @@ void addOptions(CLI::App& app, Options& options) {
   app.add_flag("--no-cut", options.refuseCutting,
                "Encode: refuse numbers out of range instead of cutting them");
   app.add_flag("--any-length", options.acceptAnyLength, "Take input of any length");
-  app.add_flag("--json", options.printJson, "Print describe, profile and list as JSON");
+  app.add_flag("--json", options.printJson, "Print describe, profile, list and check as JSON");
   app.add_option("--log", options.logLevel,
                  "Show the library's messages: silent, error, warning, info, debug or trace")
       ->transform(CLI::CheckedTransformer(kLogLevels))
@@ -170,7 +170,7 @@ void addMemberCommands(CLI::App& app, const Options& options, Arguments& argumen
   });
 }
 
-void addCatalogueCommands(CLI::App& app, const Options& options, Arguments& arguments) {
+void addCatalogueCommands(CLI::App& app, Options& options, Arguments& arguments) {
   CLI::App* describe = app.add_subcommand("describe", "Show the layout of a type");
   describe->add_option("TYPE", arguments.type, kTypeHelp)->required();
   describe->add_flag("--formats", arguments.withFormatTrees,
@@ -186,6 +186,13 @@ void addCatalogueCommands(CLI::App& app, const Options& options, Arguments& argu
   profile->callback([&] {
     Catalogue catalogue(options);
     runProfile(catalogue, arguments.profile);
+  });
+
+  CLI::App* check = app.add_subcommand("check", "Look for mistakes in a catalogue");
+  check->add_option("DIR", options.catalog, "Base folder, as with --catalog");
+  check->callback([&] {
+    Catalogue catalogue(options);
+    runCheck(catalogue);
   });
 
   CLI::App* list = app.add_subcommand("list", "List the types of the catalogue");

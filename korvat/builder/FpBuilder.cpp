@@ -72,7 +72,9 @@ void FpBuilder::onValue(const std::string& name, const std::string& value) {
 void FpBuilder::processAction(std::uint32_t action, const AttributeMap* attributes,
                               const std::string* value) {
   Logger::trace("[FpBuilder::processAction] %s\n", actionName(action));
-  switch (action) {
+  switch (static_cast<Action>(action)) {
+    case PA_none:
+      return;
     case PA_skipElement:
       return skipElement();
     case PA_createFPT:
@@ -85,23 +87,29 @@ void FpBuilder::processAction(std::uint32_t action, const AttributeMap* attribut
       return pushDatapoint(DpRef::DpType::Cp, attributes);
     case PA_callDone:
       return callDone();
-    default:  // the others need a text
-      if (value != nullptr) processText(static_cast<Action>(action), *value);
-  }
-}
-
-void FpBuilder::processText(Action action, const std::string& text) {
-  switch (action) {
     case PA_setObsolete:
-      return setObsolete(text);
+      if (_profile && value != nullptr) setObsolete(*value);
+      return;
     case PA_setInheritRef:
-      return setInheritRef(text);
-    default:  // the others need a datapoint
-      if (_datapoint != nullptr) processDatapointText(action, text);
+      if (_profile && value != nullptr) setInheritRef(*value);
+      return;
+    case PA_setMember:
+    case PA_setMandatory:
+    case PA_setDirection:
+    case PA_setMin:
+    case PA_setMax:
+    case PA_setDefault:
+    case PA_setArray:
+    case PA_setAppliesTo:
+    case PA_setRef:
+      if (_datapoint != nullptr && value != nullptr) {
+        setField(static_cast<Action>(action), *value);
+      }
+      return;
   }
 }
 
-void FpBuilder::processDatapointText(Action action, const std::string& text) {
+void FpBuilder::setField(Action action, const std::string& text) {
   switch (action) {
     case PA_setMember:
       return _datapoint->setMember(StringUtils::toInt32(text));
@@ -121,7 +129,7 @@ void FpBuilder::processDatapointText(Action action, const std::string& text) {
       return _datapoint->setAppliesTo(text);
     case PA_setRef:
       return setRef(text);
-    default:
+    default:  // no field of a datapoint
       return;
   }
 }
@@ -153,7 +161,7 @@ void FpBuilder::readAttributes(const AttributeMap& attributes) {
 }
 
 void FpBuilder::setObsolete(const std::string& text) {
-  if (_profile && text == "yes") _profile->addFlags(BaseType::kObsolete);
+  if (text == "yes") _profile->addFlags(BaseType::kObsolete);
 }
 
 // Without an "href" the reference is to the set that the one before it named.
@@ -173,7 +181,6 @@ void FpBuilder::rememberRefBase(const AttributeMap* attributes) {
 
 // The set of the inherited profile says nothing about the sets of the datapoints' types.
 void FpBuilder::setInheritRef(const std::string& text) {
-  if (!_profile) return;
   _profile->getBase() = TypeId(ResourceType::Fp, _refBase, TypeId::stripPrefix(text));
   _refBase.clear();
 }

@@ -43,8 +43,8 @@ class FpBuilder : public ItemBuilder, public FpTransitionTable {
   void readAttributes(const AttributeMap& attributes);
   void rememberRefBase(const AttributeMap* attributes);
   void pushDatapoint(DpRef::DpType dpType, const AttributeMap* attributes);
-  void processText(Action action, const std::string& text);
-  void processDatapointText(Action action, const std::string& text);
+  // Sets one field of the current datapoint.
+  void setField(Action action, const std::string& text);
   void setObsolete(const std::string& text);
   void setInheritRef(const std::string& text);
   void setDirection(const std::string& text);

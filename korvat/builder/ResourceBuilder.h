@@ -41,8 +41,12 @@ class ResourceBuilder : private xml::XmlParser, public BuilderMaster {
   ~ResourceBuilder() override;
 
   // Loads one file. False, with a warning, when it cannot be opened (the warning only if asked
-  // for) or is broken; items that were read before the broken place were added all the same.
+  // for) or is broken. Text that is no XML fails before any item is read; where the items
+  // themselves end the load, those before were added all the same.
   bool load(const std::string& path, bool warnIfMissing);
+
+  // Line, from 1, that the load has reached.
+  using xml::XmlParser::getLine;
 
   void addItem(std::unique_ptr<BaseType> item) override;
   void onItemBuildDone() override;

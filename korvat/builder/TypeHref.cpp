@@ -41,7 +41,9 @@ std::string_view takeSegment(std::string_view& rest) {
 }  // namespace
 
 bool isSetPrefix(const std::string& text) {
-  return !text.empty() && TypeId(ResourceType::Nv, text, "").getScope() != Scope::InvalidScope;
+  if (text.size() != TypeId::StdPrefix.size()) return false;
+  const bool isScope = text.back() >= '0' && text.back() <= '6';
+  return isScope && TypeId(ResourceType::Nv, text, "").isPrefixValid();
 }
 
 std::string_view stripUrl(std::string_view text) {

@@ -55,7 +55,7 @@ void limitArraySize(Member::Context& context, const std::string& key, const Memb
 
 CountedArray findCountedArray(const Member::Context& context, const std::string& key,
                               const MemScalar& scalar) {
-  if (scalar.isArray() || context.arrayIndex >= 0 || !scalar.isScalingIdentity()) return {};
+  if (scalar.isArray() || context.arrayIndex >= 0 || !scalar.getScaling().isIdentity()) return {};
   if (context.parentStack.empty() || context.parentStack.back()->isUnion()) return {};
 
   const auto& siblings = context.parentStack.back()->getChildren();

@@ -224,7 +224,8 @@ void JsonConverter::writeScalar(Member::Context& context, const MemScalar& membe
                                 const Buffer& buffer, json::Value& target) const {
   const auto bytes = readRaw(context, buffer, member.getByteCount());
   const std::int64_t raw = readInteger(member.getNcType(), bytes.data(), _endianess);
-  if (_typeManager->isSupportInvalidKeyword() && member.isInvalid(raw)) {
+  const bool isInvalid = _typeManager->isSupportInvalidKeyword() && member.isInvalid(raw);
+  if (isInvalid) {
     target.setValue(kInvalidKeyword);
   } else if (member.isScalingIdentity()) {
     setInteger(target, member.getNcType(), raw);
@@ -232,7 +233,10 @@ void JsonConverter::writeScalar(Member::Context& context, const MemScalar& membe
     target.setValue(member.toPhysical(raw));
   }
 
-  if (context.useDynamicArrays && target.isInteger()) context.arraySize = target.asInt32();
+  // However the number is shown, it counts as it is.
+  if (context.useDynamicArrays && !isInvalid && member.getScaling().isIdentity()) {
+    context.arraySize = static_cast<std::int32_t>(std::clamp<std::int64_t>(raw, -1, INT32_MAX));
+  }
 }
 
 void JsonConverter::writeFloat(Member::Context& context, const MemFloat& member,

@@ -309,7 +309,12 @@ bool JsonConverter::writeCountedScalar(Member::Context& context, const MemScalar
     count = (static_cast<unsigned>(text.size()) + unit - 1) / unit;
   }
   json::Value number;
-  number.setValue(static_cast<std::uint32_t>(std::min(count, counted.array->getArraySize())));
+  const std::uint32_t elementCount = std::min(count, counted.array->getArraySize());
+  if (member.isScalingIdentity()) {
+    number.setValue(elementCount);
+  } else {
+    number.setValue(member.toPhysical(elementCount));  // as it is shown
+  }
   return writer.writeScalar(context, member, number, raw);
 }
 
@@ -376,7 +381,7 @@ void JsonConverter::noteWritten(Member::Context& context, const Member& member,
     context.arraySize = -1;
   } else if (member.getKind() == Member::Kind::Scalar) {
     const auto& scalar = static_cast<const MemScalar&>(member);
-    if (!context.useDynamicArrays || !scalar.isScalingIdentity()) return;
+    if (!context.useDynamicArrays || !scalar.getScaling().isIdentity()) return;
     const auto bytes = fieldAt(context, raw, scalar.getByteCount());
     const std::int64_t count = readInteger(scalar.getNcType(), bytes.data(), _endianess);
     // The invalid marker, as a keyword, is no count: raw to JSON does not take it for one either.

@@ -4,8 +4,7 @@
 
 namespace zavri::korvat::format {
 
-// A calendar date: date(year, month, day). Parts may be missing at the
-// end.
+// A calendar date: date(year, month, day). Parts may be missing at the end.
 class KORVAT_API Date : public ArgumentExpression {
  public:
   Date() : ArgumentExpression(Kind::FT_Date) {}

@@ -14,8 +14,8 @@ void Field::dump(std::string& text, unsigned level) const {
   if (_numericSpec) {
     text += " * " + StringUtils::toString(_numericSpec->factor) + " + " +
             StringUtils::toString(_numericSpec->offset) +
-            "   mode=" + StringUtils::toString(_numericSpec->mode) +
-            " index=" + StringUtils::toString(_numericSpec->index);
+            "   mode=" + StringUtils::toString(_numericSpec->mode.value_or(0)) +
+            " index=" + StringUtils::toString(_numericSpec->index.value_or(0));
   }
   text += "\n";
 }

@@ -16,8 +16,8 @@ class KORVAT_API Field : public FormatBase {
   struct NumericSpec {
     double factor = 1;
     double offset = 0;
-    std::int32_t mode = 0;
-    std::int32_t index = 0;
+    std::optional<std::int32_t> mode;
+    std::optional<std::int32_t> index;
   };
 
   // `fieldName` is a member path, and may carry indices ("domain_id[3]"); empty for the value

@@ -15,6 +15,7 @@ using util::StringUtils;
 namespace {
 
 constexpr std::string_view kStart = "text";
+constexpr std::size_t kMaxQuotedSize = 512;  // bytes of an expression that each message may quote
 
 bool isNameCharacter(char c) {
   return util::isDigit(c) || util::isLetter(c) || std::string_view("_.[]").find(c) < 4;
@@ -80,8 +81,10 @@ bool FormatParser::parseStringFormat(std::unique_ptr<FormatBase>& node) {
   if (isAtEnd()) return fail("EOS in string format arguments");
   if (!expect(')', "missing ')' at end of parseStringFormat")) return false;
 
-  // An expression of many such strings would make a message of each that quotes all of them.
-  if (!string->analyzeFormatSpecs(_isInputQuoted ? "" : _input)) _isInputQuoted = true;
+  // A long expression of many such strings is quoted once, not in the message about each of them.
+  static const std::string nothing;
+  const bool isQuoted = !_isInputQuoted || _input.size() <= kMaxQuotedSize;
+  if (!string->analyzeFormatSpecs(isQuoted ? _input : nothing)) _isInputQuoted = true;
   node = std::move(string);
   return true;
 }
@@ -248,16 +251,17 @@ bool FormatParser::parseNumber(double& number) {
   if (peek() == '+' || peek() == '-') ++_pos;
   if (!util::isDigit(peek())) return false;
   skipDigits();
-  if (peek() == '.') {
+  const bool hasPoint = peek() == '.';
+  if (hasPoint) {
     ++_pos;
     skipDigits();
-    if (peek() == '.') return fail("unexpected '.'");
   }
   if (peek() == 'e' || peek() == 'E') {
     ++_pos;
     if (peek() == '+' || peek() == '-') ++_pos;
     skipDigits();
   }
+  if (hasPoint && peek() == '.') return fail("unexpected '.'");
   const std::string text = _input.substr(begin, _pos - begin);
   if (!util::isDigit(text.back())) return false;  // "1." and "1e" are cut short
   bool isWhole = false;
@@ -277,6 +281,10 @@ bool FormatParser::parseInteger(std::int32_t& number) {
   bool isWhole = false;
   number = StringUtils::toInt32(_input.substr(begin, _pos - begin), isWhole);
   return isWhole || fail("failed to parse int value (overflow?)");
+}
+
+bool FormatParser::parseInteger(std::optional<std::int32_t>& number) {
+  return parseInteger(number.emplace());
 }
 
 void FormatParser::skipSpace() {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "korvat/base/Export.h"
@@ -22,9 +23,9 @@ namespace zavri::korvat::format {
 //   concat     := '(' part { ',' part } ')'
 //   part       := string | condition | "date" '(' args ')' | "time" '(' args ')'
 //   condition  := '(' '(' name ( "==" | "!=" ) integer ')' '?' format ':' format ')'
-//   field      := [ name ] [ '*' number [ signed number ] [ '(' integer ':' integer ')' ] ]
+//   field      := name | [ name ] '*' number [ signed number ] [ '(' integer ':' integer ')' ]
 //   args       := name { [ ',' ] name } [ ',' ]
-//   name       := letters, digits, '_', '.', and brackets around an index
+//   name       := letters, digits, '_', '.', '[' and ']'; a member path, not looked into here
 //
 // A quote inside the text of a string is escaped by "\". What stands behind the format is not
 // looked at. A parser may be used for one expression after the other.
@@ -61,6 +62,7 @@ class KORVAT_API FormatParser {
   [[nodiscard]] bool parseName(std::string& name);
   [[nodiscard]] bool parseNumber(double& number);
   [[nodiscard]] bool parseInteger(std::int32_t& number);
+  [[nodiscard]] bool parseInteger(std::optional<std::int32_t>& number);
 
   bool isAtEnd() const { return _pos >= _input.size(); }
   // The character at the cursor; NUL at the end.

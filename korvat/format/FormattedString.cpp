@@ -49,7 +49,9 @@ bool FormattedString::analyzeFormatSpecs(const std::string& input) {
         input.c_str());
   }
   const std::size_t count = std::min(letters.size(), _fields.size());
-  for (std::size_t i = 0; i < count; ++i) _fields[i]->setConversion(letters[i]);
+  for (std::size_t i = 0; i < count; ++i) {
+    if (_fields[i]) _fields[i]->setConversion(letters[i]);
+  }
   return isMatched;
 }
 

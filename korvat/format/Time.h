@@ -4,8 +4,8 @@
 
 namespace zavri::korvat::format {
 
-// A time of day or a duration: time(hour, minute, second, millisecond). Parts may be missing at the
-// end.
+// A time of day or a duration: time(hour, minute, second, millisecond). Parts may be missing at
+// the end.
 class KORVAT_API Time : public ArgumentExpression {
  public:
   Time() : ArgumentExpression(Kind::FT_Time) {}

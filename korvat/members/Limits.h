@@ -21,6 +21,10 @@ inline constexpr std::uint32_t kMaxNesting = 256;
 // Types that a reference may lead through before it reaches a layout.
 inline constexpr std::size_t kMaxReferences = 64;
 
+// Groups that may be loaded inside each other: the formats of one set may show members of types of
+// another set, and so on.
+inline constexpr unsigned kMaxNestedLoads = 32;
+
 // Members of all types that the formats of one group may derive. A short file can ask for thousands
 // of copies of a large type.
 inline constexpr std::uint32_t kMaxDerivedMembers = 250'000;

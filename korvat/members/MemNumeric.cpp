@@ -11,8 +11,10 @@ double MemNumeric::scaleInteger(double raw) const {
 }
 
 double MemNumeric::unscale(double value, bool quantize) const {
-  const bool isShown = !_displayScaling.isIdentity();
-  return fromPhysical(isShown ? _displayScaling.fromShown(value) : value, quantize, _scaling);
+  if (_displayScaling.isIdentity()) return fromPhysical(value, quantize, _scaling);
+  // Steps of 1 would be no resolution of a floating number, which has none.
+  const bool hasSteps = quantize && !_scaling.isIdentity();
+  return fromPhysical(_displayScaling.fromShown(value), hasSteps, _scaling);
 }
 
 }  // namespace zavri::korvat

@@ -11,8 +11,8 @@
 namespace zavri::korvat {
 
 // A member that holds a number, with the scaling from the raw number to the physical value and, in
-// a type made for a display format, on to the value that is shown. Where the members below speak of
-// a physical value, they mean the one that is shown.
+// a type made for a display format, on to the value that is shown. Where its classes speak of a
+// physical value, they mean the one that is shown; their resolution is that of the scaling.
 class KORVAT_API MemNumeric : public Member {
  public:
   const Scaling& getScaling() const { return _scaling; }

@@ -29,6 +29,9 @@ class KORVAT_API DisplayScaling {
   double getFactor() const { return _factor; }
   double getOffset() const { return _offset; }
   bool isIdentity() const { return _factor == 1 && _offset == 0; }
+  bool operator==(const DisplayScaling& other) const {
+    return _factor == other._factor && _offset == other._offset;
+  }
 
   double toShown(double physical) const;
   // The same for a physical value that is a decimal with at most `decimalCount` digits behind the

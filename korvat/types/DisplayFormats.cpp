@@ -1,6 +1,7 @@
 #include "korvat/types/DisplayFormats.h"
 
 #include <algorithm>
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -33,11 +34,22 @@ std::uint32_t countMembers(const Member* member) {
   return count;
 }
 
-// The first name of a member path, without its index; what follows the "." is left in `path`.
-std::string takeName(std::string& path) {
-  const std::size_t dot = std::min(path.find('.'), path.size());
-  const std::string name = path.substr(0, std::min(path.find('['), dot));
-  path.erase(0, dot + 1);
+// Levels of members inside each other, the member itself included.
+std::uint32_t heightOf(const Member& member) {
+  std::uint32_t height = 0;
+  if (member.getKind() == Member::Kind::Aggregate) {
+    for (const auto& child : static_cast<const MemAggregate&>(member).getChildren()) {
+      if (child) height = std::max(height, heightOf(*child));
+    }
+  }
+  return height + 1;
+}
+
+// The name at byte `pos` of a member path, without its index; `pos` moves behind the ".".
+std::string takeName(const std::string& path, std::size_t& pos) {
+  const std::size_t dot = std::min(path.find('.', pos), path.size());
+  const std::string name = path.substr(pos, std::min(path.find('[', pos), dot) - pos);
+  pos = dot + 1;
   return name;
 }
 
@@ -83,6 +95,7 @@ class DisplayFormats {
     std::unique_ptr<VarType> derived = type.clone(true);
     derived->getTypeId().setId(name);
     derived->addFlags(BaseType::kDerivedFormat);
+    _changed.clear();
     for (const Field* field : format->getFields()) {
       if (isUnitChanging(field)) apply(*field, *derived);
     }
@@ -96,18 +109,28 @@ class DisplayFormats {
       Logger::warning("no member at path %s\n", field.getFieldName().c_str());
       return;
     }
+    // On top of what a type that is derived itself shows.
     const Field::NumericSpec& spec = *field.getNumericSpec();
-    number->setDisplayScaling(DisplayScaling(spec.factor, spec.offset));
+    const auto [own, isNew] = _changed.emplace(number, number->getDisplayScaling());
+    const DisplayScaling scaling(spec.factor * own->second.getFactor(),
+                                 spec.factor * own->second.getOffset() + spec.offset);
+    if (!isNew && !(scaling == number->getDisplayScaling())) {
+      Logger::warning("[korvat] two units for the member at path %s, the last one counts: %s\n",
+                      field.getFieldName().c_str(), type.getName().c_str());
+    }
+    number->setDisplayScaling(scaling);
   }
 
   // The member at `path` in a type that is free to change. A type that is referred to on the way
   // belongs to others: a copy of its members takes the place of the reference.
-  Member* findMember(VarType& type, std::string path) {
+  Member* findMember(VarType& type, const std::string& path) {
+    if (path.size() > kMaxPathSize) return nullptr;
     Member* member = type.getMember();
     MemAggregate* parent = nullptr;
-    while (member != nullptr) {
+    std::size_t pos = 0;
+    for (std::uint32_t depth = 0; member != nullptr; ++depth) {
       if (member->getKind() == Member::Kind::Ref) {
-        std::unique_ptr<Member> copy = copyReferred(static_cast<MemRef&>(*member), parent);
+        std::unique_ptr<Member> copy = copyReferred(static_cast<MemRef&>(*member), parent, depth);
         Member* const copied = copy.get();
         if (copied == nullptr) return nullptr;
         if (parent == nullptr) {
@@ -117,23 +140,24 @@ class DisplayFormats {
         }
         member = copied;
       }
-      if (path.empty()) return member;
+      if (pos >= path.size()) return member;
       if (member->getKind() != Member::Kind::Aggregate) return nullptr;
       parent = static_cast<MemAggregate*>(member);
-      member = parent->findChild(takeName(path));
+      member = parent->findChild(takeName(path, pos));
     }
     return nullptr;
   }
 
-  // What a reference stands for, as a member of the same name and array size. Null where a copy
-  // would not have the same layout: an array of arrays, and a bit field that would move into the
-  // byte of the one before it.
-  std::unique_ptr<Member> copyReferred(const MemRef& reference, const MemAggregate* parent) {
+  // What a reference at that depth stands for, as a member of the same name and array size. Null
+  // where a copy would not have the same layout (an array of arrays, and a bit field that would
+  // move into the byte of the one before it) or would reach too deep.
+  std::unique_ptr<Member> copyReferred(const MemRef& reference, const MemAggregate* parent,
+                                       std::uint32_t depth) {
     const VarType* type = reference.resolve(_typeManager);
     const Member* root = type == nullptr ? nullptr : type->getMember();
     if (root == nullptr || (root->isArray() && reference.isArray())) return nullptr;
     if (root->getKind() == Member::Kind::Bitfield && parent != nullptr) return nullptr;
-    if (!takeMembers(root)) return nullptr;
+    if (depth + heightOf(*root) > kMaxNesting || !takeMembers(root)) return nullptr;
 
     std::unique_ptr<Member> copy = root->clone();
     copy->setProgName(reference.getProgName());
@@ -154,6 +178,8 @@ class DisplayFormats {
   ResourceGroup& _group;
   TypeManager* _typeManager;
   std::uint32_t _memberCount = 0;  // of the copies made so far
+  // What the members that the format under way has changed showed before.
+  std::map<const MemNumeric*, DisplayScaling> _changed;
 };
 
 }  // namespace

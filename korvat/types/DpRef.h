@@ -31,8 +31,9 @@ class KORVAT_API DpRef {
   // position. A network variable is an output and a property an input until told otherwise.
   DpRef(FpType* owner, DpType type, std::int32_t index);
 
-  // The profile that it was made for or added to. Null once that profile is gone, even while a copy
-  // of the profile keeps the datapoint.
+  // The profile that it was added to; before that the one it was made for, which must outlive it
+  // then. Null once the profile it was added to is gone or was assigned to, even while a copy of
+  // the profile keeps the datapoint.
   FpType* getFpType() const { return _fpType; }
   void setFpType(FpType* owner) { _fpType = owner; }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,8 +22,6 @@ namespace zavri::korvat {
 // all of them belong to one thread then.
 class KORVAT_API FpType : public BaseType {
  public:
-  static constexpr std::int32_t kNoKey = -1;
-
   FpType() : BaseType(ResourceType::Fp) {}
   FpType(const FpType& other) = default;
   FpType(FpType&& other) noexcept;
@@ -39,8 +38,9 @@ class KORVAT_API FpType : public BaseType {
   TypeId& getBase() { return _base; }
   bool hasBase() const { return _base.getType() == ResourceType::Fp && !_base.getId().empty(); }
 
-  // LonMark functional profile number; kNoKey when the definition gives none.
-  std::int32_t getKey() const { return _key; }
+  // LonMark functional profile number; -1 when the definition gives none.
+  std::int32_t getKey() const { return _key.value_or(-1); }
+  bool hasKey() const { return _key.has_value(); }
   void setKey(std::int32_t key) { _key = key; }
 
   // The datapoints of one kind in the order of the definition. A number that is no kind is reported
@@ -48,6 +48,7 @@ class KORVAT_API FpType : public BaseType {
   const std::vector<DpRef*>& getNvColl() const { return _nvColl; }
   const std::vector<DpRef*>& getCpColl() const { return _cpColl; }
   const std::vector<DpRef*>& getColl(DpRef::DpType dpType) const;
+  // What is put into it directly stays with the caller: add() is the way to hand a datapoint over.
   std::vector<DpRef*>& getColl(DpRef::DpType dpType);
 
   // The first datapoint of that kind, in the order of the definition, with that ...
@@ -65,7 +66,7 @@ class KORVAT_API FpType : public BaseType {
   void setOwner(const FpType* from, FpType* to);
 
   TypeId _base;
-  std::int32_t _key = kNoKey;
+  std::optional<std::int32_t> _key;
   std::vector<DpRef*> _nvColl;
   std::vector<DpRef*> _cpColl;
   std::vector<std::shared_ptr<DpRef>> _owned;  // what the two collections point to

@@ -8,6 +8,7 @@
 #include "korvat/base/FileUtils.h"
 #include "korvat/base/Logger.h"
 #include "korvat/builder/ResourceBuilder.h"
+#include "korvat/members/Limits.h"
 #include "korvat/types/CpType.h"
 #include "korvat/types/DisplayFormats.h"
 #include "korvat/types/EnumType.h"
@@ -26,22 +27,6 @@ constexpr std::size_t kScopePosition = 17;  // of the scope digit in a prefix
 
 // Bits of the usage byte that its mask takes away, in the order they are tried.
 constexpr std::array<std::uint8_t, 3> kUsageVariants{0x80, 0x40, 0xC0};
-
-const char* fileNameOf(ResourceType type) {
-  switch (type) {
-    case ResourceType::Enum:
-      return "enums";
-    case ResourceType::Nv:
-      return "nvs";
-    case ResourceType::Cp:
-      return "cps";
-    case ResourceType::Fp:
-      return "fps";
-    case ResourceType::Invalid:
-      break;
-  }
-  return "";
-}
 
 std::unique_ptr<ResourceGroup> makeGroup(ResourceType type, const ResourceFileSet* fileSet) {
   switch (type) {
@@ -74,6 +59,24 @@ std::string withUsageBits(const std::string& prefix, std::uint8_t bits) {
   std::string variant = prefix;
   return variant.replace(kUsagePosition, 2, util::BinaryUtils::toString(usage));
 }
+
+// Counts a load while it is under way.
+class LoadCount {
+ public:
+  explicit LoadCount(unsigned* count) : _count(count) {
+    if (_count != nullptr) ++*_count;
+  }
+  LoadCount(const LoadCount&) = delete;
+  LoadCount& operator=(const LoadCount&) = delete;
+  ~LoadCount() {
+    if (_count != nullptr) --*_count;
+  }
+
+  bool isTooDeep() const { return _count != nullptr && *_count > kMaxNestedLoads; }
+
+ private:
+  unsigned* _count;
+};
 
 // What follows the reading of a file of variable types.
 void finishVarTypes(ResourceGroup& group, TypeManager* typeManager) {
@@ -110,6 +113,27 @@ std::string ResourceFileSet::locateFolder(const std::string& baseDir, const std:
   return folder.empty() ? prefix : folder;
 }
 
+const char* ResourceFileSet::getFileName(ResourceType type) {
+  switch (type) {
+    case ResourceType::Enum:
+      return "enums";
+    case ResourceType::Nv:
+      return "nvs";
+    case ResourceType::Cp:
+      return "cps";
+    case ResourceType::Fp:
+      return "fps";
+    case ResourceType::Invalid:
+      break;
+  }
+  return "";
+}
+
+std::optional<ResourceFileSet::Place> ResourceFileSet::getPlaceUnderWay() const {
+  if (_builderUnderWay == nullptr) return std::nullopt;
+  return Place{_groupUnderWay, _builderUnderWay->getLine()};
+}
+
 std::unique_ptr<ResourceGroup>* ResourceFileSet::findSlot(ResourceType type) {
   switch (type) {
     case ResourceType::Enum:
@@ -132,11 +156,18 @@ const ResourceGroup* ResourceFileSet::getGroup(ResourceType type, bool showWarni
   if (slot == nullptr) return nullptr;
   if (*slot) return slot->get();
 
+  const LoadCount count(typeManager == nullptr ? nullptr : &typeManager->_loadsUnderWay);
+  if (count.isTooDeep()) {
+    Logger::warning("[korvat] too many resource files that need each other: %s in %s\n",
+                    getFileName(type), _folder.c_str());
+    return nullptr;
+  }
   *slot = makeGroup(type, this);
   try {
     if (!loadResources(type, showWarnings, typeManager)) slot->reset();
   } catch (...) {
     _groupUnderWay = ResourceType::Invalid;
+    _builderUnderWay = nullptr;
     slot->reset();  // nobody may find a group that is only half read
     throw;
   }
@@ -148,13 +179,15 @@ bool ResourceFileSet::loadResources(ResourceType type, bool showWarnings,
   if (_folder.empty()) return false;
 
   const std::string root = _baseDir.empty() ? util::FileUtils::getDefaultBaseDir() : _baseDir + "/";
-  const std::string path = root + _folder + "/" + fileNameOf(type) + ".xml";
+  const std::string path = root + _folder + "/" + getFileName(type) + ".xml";
   Logger::debug("[ResourceFileSet::loadResources][%s] going to load %s\n", resourceTypeName(type),
                 path.c_str());
 
   builder::ResourceBuilder builder(*this);
   _groupUnderWay = type;
+  _builderUnderWay = &builder;
   const bool isLoaded = builder.load(path, showWarnings);
+  _builderUnderWay = nullptr;
   _groupUnderWay = ResourceType::Invalid;
   if (!isLoaded) return false;
   if (type == ResourceType::Nv || type == ResourceType::Cp) {

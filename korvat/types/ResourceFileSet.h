@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "korvat/base/Export.h"
@@ -10,14 +11,17 @@
 namespace zavri::korvat {
 
 class TypeManager;
+namespace builder {
+class ResourceBuilder;
+}
 
 // The resources of one prefix: a folder with one file per kind of type, each read the first time
 // something asks for its kind.
 //
 // Copies of a manager share their file sets. So that a set never depends on a manager that may be
 // gone, it notes the base folder of the one that made it; a later change of that folder does not
-// move the set. Loading changes the set; once the groups in use are loaded, look-ups may run side
-// by side.
+// move the set. Loading changes the set, and so does a request for a group whose file is missing;
+// once the groups in use are loaded, look-ups in them may run side by side.
 class KORVAT_API ResourceFileSet {
  public:
   // `folder` is relative to the manager's base folder. Reads nothing.
@@ -43,6 +47,18 @@ class KORVAT_API ResourceFileSet {
 
   const std::string& getFolder() const { return _folder; }
 
+  // "enums", "nvs", "cps" or "fps", to which ".xml" is added; empty for Invalid.
+  static const char* getFileName(ResourceType type);
+
+  // A place in a resource file.
+  struct Place {
+    ResourceType group;
+    unsigned long line;  // from 1
+  };
+  // The place being read: tells a sink of the Logger what a message is about. Nothing when no file
+  // of this set is being read.
+  std::optional<Place> getPlaceUnderWay() const;
+
  private:
   bool loadResources(ResourceType type, bool showWarnings, TypeManager* typeManager);
   std::unique_ptr<ResourceGroup>* findSlot(ResourceType type);
@@ -50,6 +66,7 @@ class KORVAT_API ResourceFileSet {
   std::string _baseDir;
   std::string _folder;
   ResourceType _groupUnderWay = ResourceType::Invalid;  // whose file is being read
+  const builder::ResourceBuilder* _builderUnderWay = nullptr;
   // Destroyed in the reverse of this order.
   std::unique_ptr<ResourceGroup> _enumGroup;
   std::unique_ptr<ResourceGroup> _nvGroup;

@@ -9,8 +9,7 @@ bool ResourceGroupFp::internalAddType(std::unique_ptr<BaseType> type) {
   const auto* fpType = dynamic_cast<const FpType*>(type.get());
   if (!ResourceGroup::internalAddType(std::move(type))) return false;
 
-  if (fpType != nullptr && fpType->getKey() != FpType::kNoKey)
-    _typesByKey[fpType->getKey()] = fpType;
+  if (fpType != nullptr && fpType->hasKey()) _typesByKey[fpType->getKey()] = fpType;
   return true;
 }
 

@@ -1,5 +1,6 @@
 #include "korvat/types/TypeManager.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "korvat/base/Logger.h"
@@ -45,7 +46,9 @@ TypeManager::TypeManager(const TypeManager&) = default;
 
 TypeManager& TypeManager::operator=(const TypeManager& other) {
   if (this == &other) return *this;
-  for (const auto& [prefix, fileSet] : _fileSets) _retiredFileSets.push_back(fileSet);
+  // Pointers from look-ups of either manager hold on.
+  for (const auto& [prefix, fileSet] : _fileSets) retire(fileSet);
+  for (const auto& fileSet : other._retiredFileSets) retire(fileSet);
   _fileSets = other._fileSets;
   _baseDir = other._baseDir;
   _driverType = other._driverType;
@@ -61,6 +64,11 @@ TypeManager& TypeManager::operator=(const TypeManager& other) {
 }
 
 TypeManager::~TypeManager() = default;
+
+void TypeManager::retire(const std::shared_ptr<ResourceFileSet>& fileSet) {
+  const auto found = std::find(_retiredFileSets.begin(), _retiredFileSets.end(), fileSet);
+  if (found == _retiredFileSets.end()) _retiredFileSets.push_back(fileSet);
+}
 
 ResourceFileSet& TypeManager::getResourceFileSet(const std::string& prefix) {
   // A set that exists is found without changing the map: threads may look up side by side.

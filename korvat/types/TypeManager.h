@@ -28,7 +28,9 @@ class VarType;
 // manager and all its copies are gone. Copies share the sets and with them what is loaded. Nothing
 // is read at construction; the files of a prefix are read the first time something asks for a type
 // of theirs, so that even look-ups change the catalogue: one manager belongs to one thread at a
-// time. Once the groups in use are loaded, look-ups and conversions may run side by side.
+// time. Once the groups in use are loaded, look-ups in them and conversions may run side by side;
+// not so a search that meets a set without that group, for a group that is missing is looked for
+// each time.
 class KORVAT_API TypeManager {
  public:
   // Number of a bit of the union mode.
@@ -153,11 +155,14 @@ class KORVAT_API TypeManager {
   bool isUnionRawToRawHex() const;
 
  private:
+  friend class ResourceFileSet;  // counts the loads that this manager has under way
+
   // Gives `id` the name of the profile with that key in the set of its prefix; false, and nothing
   // changes, when there is none. A set is kept only when it has profiles: a search passes by many
   // prefixes that have no folder.
   bool searchFpType(TypeId& id, std::int32_t key);
   std::shared_ptr<ResourceFileSet> makeFileSet(const std::string& prefix);
+  void retire(const std::shared_ptr<ResourceFileSet>& fileSet);
 
   static std::uint32_t maskOf(UnionModeBit bit) { return 1u << static_cast<std::uint32_t>(bit); }
 
@@ -175,6 +180,7 @@ class KORVAT_API TypeManager {
   bool _allowCuttingToMinMax = true;
   bool _supportInvalidKeyword = false;
   std::uint32_t _unionModeBits = 0;
+  unsigned _loadsUnderWay = 0;  // inside each other
 };
 
 }  // namespace zavri::korvat

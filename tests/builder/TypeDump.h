@@ -105,7 +105,7 @@ inline std::string dumpDatapoint(const DpRef& dp) {
 inline std::string dumpProfile(const FpType& profile) {
   std::string text;
   if (profile.hasFlags(BaseType::kStandardProfile)) text += " standard";
-  if (profile.getKey() != FpType::kNoKey) text += " key " + std::to_string(profile.getKey());
+  if (profile.hasKey()) text += " key " + std::to_string(profile.getKey());
   if (profile.hasBase()) text += " inherits " + profile.getBase().toString();
   text += "\n";
   for (const DpRef* dp : profile.getNvColl()) text += dumpDatapoint(*dp);

@@ -83,6 +83,9 @@ TEST(IsSetPrefix, NeedsAProgramIdAndAScope) {
   EXPECT_FALSE(isSetPrefix("8000010128000000"));
   EXPECT_FALSE(isSetPrefix("8000010128000000-"));
   EXPECT_FALSE(isSetPrefix("8000010128000000-8"));
+  EXPECT_FALSE(isSetPrefix("8000010128000000-4x"));
+  EXPECT_FALSE(isSetPrefix("0000000000000000-9"));
+  EXPECT_FALSE(isSetPrefix("0000000000000000-"));
   EXPECT_FALSE(isSetPrefix("my_catalogue_folder-4"));
 }
 

@@ -71,6 +71,7 @@ TEST(FormattedString, DumpsAMissingFieldAsNull) {
   FormattedString string("%d");
   string.add(nullptr);
   EXPECT_EQ(dumpOf(string), "[FT_FormattedString]\n   \"%d\"\n   [0] (null)\n");
+  EXPECT_TRUE(string.analyzeFormatSpecs(""));
 }
 
 TEST(Condition, WithoutATestIsANegatedComparisonWithZero) {

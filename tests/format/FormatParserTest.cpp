@@ -231,6 +231,8 @@ const std::vector<ErrorCase> kErrors = {
     {"NoFactor", R"(text("%f", v*))", "failed to parse floating point number (pos:13 ')')"},
     {"TwoPoints", R"(text("%f", v*1.2.3))",
      "unexpected '.' (pos:16 '.'); failed to parse floating point number"},
+    {"PointInTheExponent", R"(text("%f", v*1.2e3.4))",
+     "unexpected '.' (pos:18 '.'); failed to parse floating point number"},
     {"NoDigitBeforeThePoint", R"(text("%f", v*.5))",
      "failed to parse floating point number (pos:13 '.')"},
     {"NoDigitBehindThePoint", R"(text("%f", v*1.))",
@@ -295,9 +297,34 @@ TEST(FormatParser, WarnsAboutConversionsAndMembersThatDoNotMatch) {
                 "[FormattedString::analyzeFormatSpecs] unmatched fmt spec size 2: 1 args provided "
                 "- fmtSpec: '%d %d' - input: " +
                     input + "\n",
-                // The input is quoted once.
                 "[FormattedString::analyzeFormatSpecs] unmatched fmt spec size 0: 1 args provided "
-                "- fmtSpec: '%5.1f' - input: \n"}));
+                "- fmtSpec: '%5.1f' - input: " +
+                    input + "\n"}));
+}
+
+TEST(FormatParser, QuotesALongInputOnceInItsWarnings) {
+  std::string input = "text((\"%d\", a, b)";
+  for (unsigned i = 0; i < 200'000; ++i) input += ",(\"%d\", a, b)";
+  input += ")";
+  LogCapture log(Logger::Warning);
+  EXPECT_EQ(errorOf(input), "(none)");
+  ASSERT_EQ(log.texts().size(), 200'001u);
+  EXPECT_GT(log.texts()[0].size(), input.size());
+  EXPECT_EQ(log.texts()[200'000],
+            "[FormattedString::analyzeFormatSpecs] unmatched fmt spec size 1: 2 args provided "
+            "- fmtSpec: '%d' - input: \n");
+}
+
+TEST(FormatParser, KnowsWhetherModeAndIndexWereGiven) {
+  FormatParser parser;
+  ASSERT_TRUE(parser.parse(R"(text("%f %f", a*2, b*2+0(0:7)))"));
+  const std::unique_ptr<Format> format = parser.takeFormat();
+  const std::vector<const Field*> fields = format->getFields();
+  ASSERT_EQ(fields.size(), 2u);
+  EXPECT_FALSE(fields[0]->getNumericSpec()->mode.has_value());
+  EXPECT_FALSE(fields[0]->getNumericSpec()->index.has_value());
+  EXPECT_EQ(fields[1]->getNumericSpec()->mode, 0);
+  EXPECT_EQ(fields[1]->getNumericSpec()->index, 7);
 }
 
 TEST(FormatParser, TakesEveryFormatOfTheStandard) {

@@ -115,13 +115,28 @@ TEST(Profile, TellsWhatTheCatalogueDoesNotHold) {
   TempCatalogue files;
   files.write(TypeId::StdPrefix, "fps",
               "<fpt id='SFPTa' idx='1' key='1'><inheriting><ref>SFPTnone</ref></inheriting>"
-              "<f-nvs><f-nv id='nvoX' idx='1'><ref>SNVT_none</ref></f-nv></f-nvs></fpt>");
+              "<f-nvs><f-nv id='nvoX' idx='1'><max>5</max><ref>SNVT_none</ref></f-nv>"
+              "<f-nv id='nvoY' idx='2'/></f-nvs></fpt><fpt id='SFPTb' idx='2'/>");
   const ToolResult result = runTool({"--catalog", files.path(), "profile", "1"});
   EXPECT_EQ(result.output,
             "SFPTa  fp 1  key 1  set 0000000000000000-0  inherits from SFPTnone (no such "
             "profile)\n"
             "network variables\n"
-            "     1  nvoX  SNVT_none  output  optional   (no such type)\n");
+            "     1  nvoX  SNVT_none        output  optional   ..5  (no such type)\n"
+            "     2  nvoY  (no type given)  output  optional\n");
+  const ToolResult asJson = runTool({"--catalog", files.path(), "profile", "1", "--json"});
+  json::Value profile;
+  std::string error;
+  ASSERT_TRUE(json::Value::parse(asJson.output, profile, error)) << error;
+  EXPECT_EQ(profile["unknownBase"].stringify(), "true");
+  EXPECT_EQ(profile["nvs"][0]["unknownType"].stringify(), "true");
+  EXPECT_EQ(profile["nvs"][1].stringify(),
+            R"({"index":2,"name":"nvoY","direction":"output","mandatory":false,"array":true})");
+
+  const ToolResult list = runTool({"--catalog", files.path(), "list", "fp"});
+  EXPECT_EQ(list.output,
+            "fp       1  SFPTa                             key 1, 2 nvs, 0 cps\n"
+            "fp       2  SFPTb                             0 nvs, 0 cps\n");
 }
 
 TEST(Profile, IsShownOnceInACircle) {
@@ -168,6 +183,11 @@ const std::vector<RefusalCase> kRefusals = {
      3,
      "no functional profile with the key 99999 in set 0000000000000000-0 and the more general "
      "ones; see 'korvat list fp'"},
+    {"KeyOutOfRange",
+     {"profile", "99999999999"},
+     3,
+     "no functional profile with the key 99999999999 in set 0000000000000000-0 and the more "
+     "general ones; see 'korvat list fp'"},
     {"PrefixOfAnotherLength",
      {"--prefix", "9FFF", "profile", "1"},
      3,

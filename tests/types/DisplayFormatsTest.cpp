@@ -187,6 +187,45 @@ TEST_F(DisplayFormatsTest, ScalesBitFieldsAndFloats) {
   EXPECT_EQ(encode("_x-US", R"({"bits":2,"number":20.5})"), "3241200000");
 }
 
+TEST_F(DisplayFormatsTest, KeepsTheFractionOfAFloat) {
+  load(floating("double float"), {{"US", R"(text("%f", *2))"}});
+  // 1.5 is 3FF8 0000 0000 0000.
+  EXPECT_EQ(decode("_x-US", "3FF8000000000000"), "3.0");
+  EXPECT_EQ(encode("_x-US", "3.0"), "3FF8000000000000");
+}
+
+TEST_F(DisplayFormatsTest, CountsArrayElementsByTheRawNumber) {
+  load(structure({{"count", scalar("unsigned short")},
+                  {"list", scalar("unsigned short"), test::dynamicArray(0, 5)},
+                  {"z", scalar("unsigned short")}}),
+       {{"US", R"(text("%d", count*2))"}});
+  _manager.setUseDynamicArrays(true);
+  EXPECT_EQ(decode("_x", "020A0B0C"), R"({"count":2,"list":[10,11],"z":12})");
+  EXPECT_EQ(decode("_x-US", "020A0B0C"), R"({"count":4.0,"list":[10,11],"z":12})");
+  EXPECT_EQ(encode("_x-US", R"({"count":4,"list":[10,11],"z":12})"), "020A0B0C");
+  EXPECT_EQ(encode("_x-US", R"({"count":9,"list":[10,11,12],"z":1})"), "030A0B0C01");
+}
+
+TEST_F(DisplayFormatsTest, AddsAUnitOnTopOfThatOfADerivedType) {
+  _files.write(TypeId::StdPrefix, "nvs",
+               test::nvt("_celsius", kCentigrade + formats("_celsius", {{"US", kToFahrenheit}})) +
+                   test::nvt("_x", reference("SNVT_celsius-US") +
+                                       formats("_x", {{"TEN", R"(text("%f", *10+1))"}})));
+  // 10 * (1.8 * 23.5 + 32) + 1 = 744.
+  EXPECT_EQ(decode("_x-TEN", "092E"), "744.0");
+  EXPECT_EQ(encode("_x-TEN", "744"), "092E");
+}
+
+TEST_F(DisplayFormatsTest, WarnsAboutTwoUnitsForOneMember) {
+  load(structure({{"l", scalar("unsigned short", test::arraySize(2))}}),
+       {{"A", R"(text("%f %f", l[0]*2, l[1]*2))"}, {"B", R"(text("%f %f", l[0]*2, l[1]*3+1))"}});
+  LogCapture log(Logger::Warning);
+  EXPECT_EQ(decode("_x-A", "0102"), R"({"l":[2.0,4.0]})");
+  EXPECT_EQ(decode("_x-B", "0102"), R"({"l":[4.0,7.0]})");
+  EXPECT_THAT(log.texts(), ElementsAre("[korvat] two units for the member at path l[1], the last "
+                                       "one counts: _x-B\n"));
+}
+
 TEST_F(DisplayFormatsTest, FollowsAReferenceAndLeavesItsTypeAlone) {
   load(reference("SNVT_celsius"), {{"US", kToFahrenheit}});
   EXPECT_EQ(decode("_x-US", "092E"), "74.3");
@@ -309,13 +348,57 @@ TEST_F(DisplayFormatsTest, LeavesOutDerivedTypesWithTooManyMembers) {
   EXPECT_EQ(log.texts().front(), "[korvat] too many members in derived types, left out: _x-30\n");
 }
 
-TEST_F(DisplayFormatsTest, BoundsTheCopiesOfATypeThatHoldsItself) {
+class EndlessPath : public DisplayFormatsTest, public testing::WithParamInterface<unsigned> {};
+
+TEST_P(EndlessPath, IntoATypeThatHoldsItselfLeadsNowhere) {
   std::string path = "next";
-  for (unsigned i = 1; i < 2000; ++i) path += ".next";
+  for (unsigned i = 1; i < GetParam(); ++i) path += ".next";
   load(reference("SNVT_endless"), {{"US", "text(\"%f\", " + path + "*2)"}});
   LogCapture log(Logger::Warning);
   EXPECT_NE(find("_x-US"), nullptr);
   EXPECT_TRUE(log.contains(Logger::Warning, "no member at path " + path + "\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Lengths, EndlessPath, testing::Values(100, 300, 800, 2000, 100'000));
+
+// Each derived type copies the one before it, which would make it deeper and deeper.
+TEST_F(DisplayFormatsTest, BoundsTheDepthOfTypesThatAreDerivedFromEachOther) {
+  std::string path = "next";
+  for (unsigned i = 1; i < 200; ++i) path += ".next";
+  std::string nvs = test::nvt("_a", structure({{"next", reference("SNVT_a")}}) +
+                                        formats("_a", {{"U", "text(\"%f\", " + path + "*2)"}}));
+  std::string before = "_a";
+  for (char letter = 'b'; letter <= 'z'; ++letter) {
+    const std::string name = std::string("_") + letter;
+    nvs += test::nvt(name, structure({{"next", reference("SNVT" + before + "-U")}}) +
+                               formats(name, {{"U", "text(\"%f\", " + path + "*2)"}}));
+    before = name;
+  }
+  _files.write(TypeId::StdPrefix, "nvs", nvs);
+  const LogCapture log(Logger::Silent);
+  ASSERT_NE(find("_z-U"), nullptr);
+  EXPECT_NE(find("_z-U")->clone(true), nullptr);
+}
+
+// Each set refers to the next one.
+TEST_F(DisplayFormatsTest, BoundsTheLoadsOfSetsThatNeedEachOther) {
+  const auto prefixOf = [](unsigned number) {
+    std::string digits = std::to_string(number);
+    return "80" + std::string(4 - digits.size(), '0') + digits + "0000000000-3";
+  };
+  for (unsigned i = 0; i < 100; ++i) {
+    _files.write(prefixOf(i), "nvs",
+                 "<nvt id='x' idx='1'><ref href='" + prefixOf(i + 1) +
+                     "/nvs/UNVTx'>UNVTx</ref><formats><format id='UNVTx#U'>text(\"%f\", *2)"
+                     "</format></formats></nvt>");
+  }
+  LogCapture log(Logger::Warning);
+  EXPECT_NE(_manager.getVarType(TypeId(ResourceType::Nv, prefixOf(0), "x")), nullptr);
+  EXPECT_TRUE(log.contains(
+      Logger::Warning,
+      "[korvat] too many resource files that need each other: nvs in " + prefixOf(32) + "\n"));
+  // It is no more than that: asked for by itself, it loads.
+  EXPECT_NE(_manager.getVarType(TypeId(ResourceType::Nv, prefixOf(99), "x")), nullptr);
 }
 
 }  // namespace

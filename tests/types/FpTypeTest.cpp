@@ -62,6 +62,7 @@ TEST(FpType, IsAProfileWithoutAnything) {
   EXPECT_EQ(profile.getIndex(), -1);
   EXPECT_EQ(profile.getFlags(), 0u);
   EXPECT_EQ(profile.getKey(), -1);
+  EXPECT_FALSE(profile.hasKey());
   EXPECT_TRUE(profile.getBase() == TypeId::None);
   EXPECT_FALSE(profile.hasBase());
   EXPECT_THAT(profile.getNvColl(), IsEmpty());

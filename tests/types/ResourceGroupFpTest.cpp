@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,11 +33,11 @@ class NotedProfile : public FpType {
 class ResourceGroupFpTest : public testing::Test {
  protected:
   // The profile, now in the group; null when it was dropped.
-  const FpType* add(const std::string& name, std::int32_t index, std::int32_t key) {
+  const FpType* add(const std::string& name, std::int32_t index, std::optional<std::int32_t> key) {
     auto profile = std::make_unique<NotedProfile>(_deleted);
     profile->getTypeId().setId(name);
     profile->setIndex(index);
-    profile->setKey(key);
+    if (key) profile->setKey(*key);
     const FpType* added = profile.get();
     return _group.internalAddType(std::move(profile)) ? added : nullptr;
   }
@@ -47,7 +48,7 @@ class ResourceGroupFpTest : public testing::Test {
 
 TEST_F(ResourceGroupFpTest, StartsEmpty) {
   EXPECT_EQ(_group.findByKey(0), nullptr);
-  EXPECT_EQ(_group.findByKey(FpType::kNoKey), nullptr);
+  EXPECT_EQ(_group.findByKey(-1), nullptr);
   EXPECT_EQ(_group.getType(""), nullptr);
   EXPECT_EQ(_group.getTypeByIndex(-1), nullptr);
 }
@@ -67,10 +68,16 @@ TEST_F(ResourceGroupFpTest, FindsAProfileByNameNumberAndKey) {
 }
 
 TEST_F(ResourceGroupFpTest, FindsAProfileWithoutAKeyByNameOnly) {
-  const FpType* profile = add("draft", 7, FpType::kNoKey);
+  const FpType* profile = add("draft", 7, std::nullopt);
   EXPECT_EQ(_group.getType("draft"), profile);
   EXPECT_EQ(_group.getTypeByIndex(7), profile);
-  EXPECT_EQ(_group.findByKey(FpType::kNoKey), nullptr);
+  EXPECT_EQ(_group.findByKey(-1), nullptr);
+}
+
+TEST_F(ResourceGroupFpTest, FindsANegativeKeyLikeAnyOther) {
+  const FpType* profile = add("odd", 7, -1);
+  EXPECT_TRUE(profile->hasKey());
+  EXPECT_EQ(_group.findByKey(-1), profile);
 }
 
 TEST_F(ResourceGroupFpTest, FindsTheLaterOfTwoProfilesWithOneKey) {
@@ -103,7 +110,7 @@ TEST_F(ResourceGroupFpTest, ForgetsTheKeyAndTheNumberOfAReplacedProfile) {
 
 TEST_F(ResourceGroupFpTest, ForgetsTheKeyOfAProfileThatOneWithoutAKeyReplaces) {
   add("same", 1, 20001);
-  add("same", 1, FpType::kNoKey);
+  add("same", 1, std::nullopt);
   EXPECT_EQ(_group.findByKey(20001), nullptr);
 }
 

@@ -1075,13 +1075,28 @@ TEST(TypeManagerCopy, ReplacesTheSetsOfItsTarget) {
   TempCatalogue files;
   files.write(TypeId::StdPrefix, "nvs", "<nvt id='_own' idx='1'/>");
   TypeManager target = files.makeManager();
-  EXPECT_NE(target.getType("/SNVT_own"), nullptr);
+  const BaseType* own = target.getType("/SNVT_own");
+  ASSERT_NE(own, nullptr);
 
   TypeManager source = makeUserManager();
   const BaseType* temp = source.getType("/SNVT_temp_p");
   target = source;
   EXPECT_EQ(target.getType("/SNVT_own"), nullptr);
   EXPECT_EQ(target.getType("/SNVT_temp_p"), temp);
+  EXPECT_EQ(own->getName(), "_own");  // still held
+}
+
+TEST(TypeManagerCopy, HoldsWhatItsSourceHeldBefore) {
+  TempCatalogue files;
+  files.write(TypeId::StdPrefix, "nvs", "<nvt id='_own' idx='1'/>");
+  auto first = std::make_unique<TypeManager>(files.makeManager());
+  const BaseType* own = first->getType("/SNVT_own");
+  ASSERT_NE(own, nullptr);
+  *first = makeUserManager();
+  TypeManager second("drv");
+  second = *first;
+  first.reset();
+  EXPECT_EQ(own->getName(), "_own");
 }
 
 TEST(TypeManagerCopy, KeepsItsSetsWhenAssignedToItself) {

@@ -1,0 +1,231 @@
+#include "tool/Commands.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <tuple>
+
+#include "korvat/base/StringUtils.h"
+#include "korvat/types/ResourceFileSet.h"
+#include "tool/Finding.h"
+#include "tool/ItemIndex.h"
+#include "tool/TypeCheck.h"
+
+namespace zavri::korvat::tool {
+
+namespace {
+
+using base::Logger;
+namespace fs = std::filesystem;
+
+constexpr std::array<ResourceType, 4> kKinds{ResourceType::Enum, ResourceType::Nv, ResourceType::Cp,
+                                             ResourceType::Fp};
+
+const char* severityName(Severity severity) {
+  switch (severity) {
+    case Severity::Error:
+      return "error";
+    case Severity::Warning:
+      return "warning";
+  }
+  return "";
+}
+
+// Loads all sets of a catalogue and collects what is wrong with them.
+class CatalogueCheck {
+ public:
+  explicit CatalogueCheck(Catalogue& catalogue)
+      : _manager(catalogue.getManager()), _baseDir(_manager.getBaseDir()) {}
+
+  void run() {
+    findSets();
+    // Loading a file may load others that it refers to, so that all sets are known before.
+    const Logger::Sink previous =
+        Logger::setSink([this](Logger::Level level, const std::string& text) {
+          if (level <= Logger::Warning) noteMessage(level, text);
+        });
+    for (const auto& [folder, set] : _sets) {
+      for (const ResourceType kind : kKinds) checkFile(folder, *set, kind);
+    }
+    Logger::setSink(previous);
+    std::stable_sort(_findings.begin(), _findings.end(), [](const Finding& a, const Finding& b) {
+      return std::tie(a.file, a.line) < std::tie(b.file, b.line);
+    });
+  }
+
+  const std::vector<Finding>& getFindings() const { return _findings; }
+  bool hasFiles() const { return _fileCount > 0; }
+
+  std::string getSummary() const {
+    return std::to_string(_typeCount) + " types in " + std::to_string(_fileCount) + " files of " +
+           std::to_string(_sets.size()) + (_sets.size() == 1 ? " set" : " sets");
+  }
+
+ private:
+  std::string pathOf(const std::string& folder, ResourceType kind) const {
+    return _baseDir + "/" + folder + "/" + ResourceFileSet::getFileName(kind) + ".xml";
+  }
+
+  void add(const std::string& file, unsigned long line, Severity severity, const std::string& type,
+           const std::string& message) {
+    _findings.push_back({file, line, severity, type, message});
+  }
+
+  void findSets() {
+    for (const fs::directory_entry& entry : fs::directory_iterator(_baseDir)) {
+      const std::string folder = entry.path().filename().string();
+      if (!entry.is_directory()) continue;
+      const TypeId id(ResourceType::Nv, folder, "");
+      if (id.getScope() == Scope::InvalidScope) {
+        add(_baseDir + "/" + folder, 0, Severity::Warning, "",
+            "the folder is named after no set (16 hexadecimal digits, '-', a scope from 0 to 6): "
+            "nobody finds its types");
+        continue;
+      }
+      ResourceFileSet& set = _manager.getResourceFileSet(id.getPrefix());
+      if (set.getFolder() == folder) {
+        _sets[folder] = &set;
+      } else {
+        add(_baseDir + "/" + folder, 0, Severity::Warning, "",
+            "the folder is hidden by " + set.getFolder() + ", which has the same prefix");
+      }
+    }
+  }
+
+  // What the library says while it reads a file.
+  void noteMessage(Logger::Level level, const std::string& text) {
+    for (const auto& [folder, set] : _sets) {
+      const auto place = set->getPlaceUnderWay();
+      if (!place) continue;
+      // Said of an item in a file of another kind, which is a finding of its own.
+      if (text == "[ResourceBuilder::onItemBuildDone]\n") continue;
+      const Severity severity = level <= Logger::Error ? Severity::Error : Severity::Warning;
+      add(pathOf(folder, place->group), place->line, severity, "", util::StringUtils::trim(text));
+    }
+  }
+
+  void checkFile(const std::string& folder, ResourceFileSet& set, ResourceType kind) {
+    const std::string path = pathOf(folder, kind);
+    if (!fs::exists(path)) return;  // a set need not have types of every kind
+    ++_fileCount;
+    ItemIndex index;
+    if (!index.read(path)) {
+      return add(path, index.getLine(), Severity::Error, "", index.getError());
+    }
+    const ResourceGroup* group = set.getGroup(kind, true, &_manager);
+    if (group == nullptr) return add(path, 0, Severity::Error, "", "the file cannot be loaded");
+    checkItems(folder, kind, index.getItems());
+    for (const auto& [name, type] : group->getTypesByName()) {
+      if (type->hasFlags(BaseType::kDerivedFormat)) continue;
+      ++_typeCount;
+      for (const Problem& problem : checkType(_manager, *type)) {
+        add(path, index.findLine(name), problem.severity, displayName(*type), problem.message);
+      }
+    }
+  }
+
+  // What stands in the file and is not loaded, or takes the place of something else.
+  void checkItems(const std::string& folder, ResourceType kind,
+                  const std::vector<ItemIndex::Item>& items) {
+    const std::string path = pathOf(folder, kind);
+    std::map<std::string, unsigned long> names;  // line of the first one
+    std::map<std::int32_t, unsigned long> indices;
+    std::map<std::int32_t, unsigned long> keys;
+    for (const ItemIndex::Item& item : items) {
+      const std::string name = TypeId(item.kind, folder, item.name).toLonFormatId();
+      const auto reportDuplicate = [&](const auto& first, unsigned long line, Severity severity,
+                                       const std::string& what) {
+        if (first.second) return;  // it is new
+        add(path, line, severity, name,
+            what + " as in line " + std::to_string(first.first->second));
+      };
+      if (item.kind != kind) {
+        add(path, item.line, Severity::Error, name,
+            std::string("is not loaded from a file of that name: it belongs into ") +
+                ResourceFileSet::getFileName(item.kind) + ".xml");
+        continue;
+      }
+      reportDuplicate(names.emplace(item.name, item.line), item.line, Severity::Error,
+                      "has the same name");
+      if (item.index) {
+        reportDuplicate(indices.emplace(*item.index, item.line), item.line, Severity::Error,
+                        "has the same number " + std::to_string(*item.index));
+      }
+      if (item.key) {
+        reportDuplicate(keys.emplace(*item.key, item.line), item.line, Severity::Error,
+                        "has the same key " + std::to_string(*item.key));
+      }
+      std::map<std::string, unsigned long> enumerators;
+      std::map<std::int32_t, unsigned long> values;
+      for (const ItemIndex::Enumerator& enumerator : item.enumerators) {
+        reportDuplicate(enumerators.emplace(enumerator.name, enumerator.line), enumerator.line,
+                        Severity::Error, "the member '" + enumerator.name + "' has the same name");
+        if (!enumerator.value) continue;
+        reportDuplicate(values.emplace(*enumerator.value, enumerator.line), enumerator.line,
+                        Severity::Warning,
+                        "the member '" + enumerator.name + "' has the same value " +
+                            std::to_string(*enumerator.value));
+      }
+    }
+  }
+
+  TypeManager& _manager;
+  std::string _baseDir;
+  std::map<std::string, ResourceFileSet*> _sets;  // by folder
+  std::vector<Finding> _findings;
+  std::size_t _fileCount = 0;
+  std::size_t _typeCount = 0;
+};
+
+// "nvs.xml:12: error: SNVT_x: message", as editors read it.
+std::string toLine(const Finding& finding) {
+  std::string line = finding.file;
+  if (finding.line != 0) line += ":" + std::to_string(finding.line);
+  line += std::string(": ") + severityName(finding.severity) + ": ";
+  if (!finding.type.empty()) line += finding.type + ": ";
+  return line + finding.message + "\n";
+}
+
+json::Value toJson(const std::vector<Finding>& findings) {
+  json::Value rows;
+  rows.switchType(json::JsonType::Array);
+  for (const Finding& finding : findings) {
+    json::Value& row = rows[rows.getSize()];
+    row["file"] = finding.file;
+    row["line"].setValue(std::uint64_t{finding.line});
+    row["severity"] = severityName(finding.severity);
+    row["type"] = finding.type;
+    row["message"] = finding.message;
+  }
+  return rows;
+}
+
+}  // namespace
+
+void runCheck(Catalogue& catalogue) {
+  CatalogueCheck check(catalogue);
+  check.run();
+  if (!check.hasFiles()) {
+    throw Failure(kNotFound, "no catalogue: '" + catalogue.getManager().getBaseDir() +
+                                 "' holds no resource set; expected folders such as " +
+                                 TypeId::StdPrefix + " with " +
+                                 ResourceFileSet::getFileName(ResourceType::Nv) + ".xml");
+  }
+  const std::vector<Finding>& findings = check.getFindings();
+  if (catalogue.getOptions().printJson) {
+    std::printf("%s\n", toJson(findings).stringify(2).c_str());
+  } else if (findings.empty()) {
+    std::printf("no finding: %s\n", check.getSummary().c_str());
+  } else {
+    for (const Finding& finding : findings) std::fputs(toLine(finding).c_str(), stdout);
+  }
+  if (!findings.empty()) {
+    throw Failure(kProblem, std::to_string(findings.size()) +
+                                (findings.size() == 1 ? " finding" : " findings") + " in " +
+                                check.getSummary());
+  }
+}
+
+}  // namespace zavri::korvat::tool
