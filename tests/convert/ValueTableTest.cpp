@@ -15,7 +15,6 @@ namespace {
 
 using test::arraySize;
 using test::bits;
-using test::bytesOf;
 using test::cpt;
 using test::decode;
 using test::dynamicArray;
