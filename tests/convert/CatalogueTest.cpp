@@ -7,10 +7,10 @@
 #include "korvat/base/Buffer.h"
 #include "korvat/base/Value.h"
 #include "korvat/members/Member.h"
-#include "korvat/types/ResourceFileSet.h"
 #include "korvat/types/TypeManager.h"
 #include "korvat/types/VarType.h"
 #include "tests/LogCapture.h"
+#include "tests/convert/StandardValues.h"
 
 // Every type of the catalogue that comes with the library.
 namespace zavri::korvat {
@@ -25,33 +25,13 @@ using Lines = std::vector<std::string>;
 
 class EmbeddedCatalogue : public testing::Test {
  protected:
-  EmbeddedCatalogue() { _manager.setBaseDir(std::string(KORVAT_SOURCE_DIR) + "/res/korvat"); }
-
   std::vector<const VarType*> getTypes(ResourceType kind) {
-    std::vector<const VarType*> types;
-    const ResourceGroup* group =
-        _manager.getResourceFileSet(TypeId::StdPrefix).getGroup(kind, true, &_manager);
-    if (group == nullptr) return types;
-    for (const auto& entry : group->getTypesByName()) {
-      if (const auto* type = dynamic_cast<const VarType*>(entry.second.get())) {
-        types.push_back(type);
-      }
-    }
-    return types;
+    return test::findStandardTypes(_manager, kind);
   }
 
-  // The types that have a layout; a property may inherit that of the variable it applies to.
-  std::vector<const VarType*> getLayouts() {
-    std::vector<const VarType*> layouts;
-    for (const ResourceType kind : {ResourceType::Nv, ResourceType::Cp}) {
-      for (const VarType* type : getTypes(kind)) {
-        if (type->getMember() != nullptr) layouts.push_back(type);
-      }
-    }
-    return layouts;
-  }
+  std::vector<const VarType*> getLayouts() { return test::findStandardLayouts(_manager); }
 
-  TypeManager _manager{"drv"};
+  TypeManager _manager = test::makeStandardTypes();
 };
 
 Buffer makeBuffer(std::int32_t size, std::uint8_t byte) {

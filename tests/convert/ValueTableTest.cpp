@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 #include <vector>
 
-#include "korvat/convert/JsonConverter.h"
-#include "tests/LogCapture.h"
+#include "tests/convert/StandardValues.h"
 #include "tests/convert/TypeXml.h"
 
 // Raw values of the standard types and of types of the tests' own, each with the JSON that its
@@ -13,16 +13,16 @@
 namespace zavri::korvat {
 namespace {
 
-using base::Logger;
 using test::arraySize;
 using test::bits;
-using test::bytesOf;
 using test::cpt;
+using test::decode;
 using test::dynamicArray;
+using test::encode;
 using test::enumeration;
 using test::floating;
 using test::invalid;
-using test::LogCapture;
+using test::nameOfRow;
 using test::nvt;
 using test::reference;
 using test::scalar;
@@ -30,33 +30,11 @@ using test::scaling;
 using test::signedBits;
 using test::structure;
 using test::unionOf;
-
-struct ValueRow {
-  std::string name;
-  std::string type;  // with its four letters
-  std::string raw;
-  std::string json;
-};
-
-std::string nameOf(const testing::TestParamInfo<ValueRow>& info) {
-  return info.param.name;
-}
-
-// Compact JSON of a value, or what went wrong.
-std::string decode(TypeManager& manager, const ValueRow& row) {
-  const LogCapture log(Logger::Warning);
-  const TypeId id = manager.toTypeId(TypeId::StdPrefix + "/" + row.type);
-  json::Value value;
-  if (!manager.rawToJson(id, bytesOf(row.raw), value)) return "failed: " + value.stringify(0);
-  return log.lines().empty() ? value.stringify(0) : "warning: " + log.lines()[0].text;
-}
+using test::ValueRow;
+using test::wholeRaw;
 
 TypeManager& standardTypes() {
-  static TypeManager manager = [] {
-    TypeManager loaded("drv");
-    loaded.setBaseDir(std::string(KORVAT_SOURCE_DIR) + "/res/korvat");
-    return loaded;
-  }();
+  static TypeManager manager = test::makeStandardTypes();
   return manager;
 }
 
@@ -64,6 +42,10 @@ class StandardValue : public testing::TestWithParam<ValueRow> {};
 
 TEST_P(StandardValue, HasTheJsonOfItsDefinition) {
   EXPECT_EQ(decode(standardTypes(), GetParam()), GetParam().json);
+}
+
+TEST_P(StandardValue, ComesBackFromThatJson) {
+  EXPECT_EQ(encode(standardTypes(), GetParam()), wholeRaw(standardTypes(), GetParam()));
 }
 
 // --- One number ---
@@ -82,7 +64,6 @@ const std::vector<ValueRow> kNumbers = {
     {"Flow", "SNVT_flow", "03E8", "1000"},          // 3 * 256 + 232
     {"LevelFull", "SNVT_lev_cont", "C8", "100.0"},  // 200 * 5 / 10
     {"LevelStep", "SNVT_lev_cont", "01", "0.5"},
-    {"LevelAboveItsLimit", "SNVT_lev_cont", "FF", "127.5"},  // 255 * 5 / 10
     {"PowerHighest", "SNVT_power", "FFFF", "6553.5"},
     {"PowerThreeSteps", "SNVT_power", "0003", "0.3"},
     {"PartsPerMillion", "SNVT_ppm", "0190", "400"},  // 1 * 256 + 144
@@ -122,10 +103,9 @@ const std::vector<ValueRow> kFloats = {
     {"AnglePi", "SNVT_angle_f", "40490FDB", "3.1415927"},  // the single next to pi
     {"AngleMinusOne", "SNVT_angle_f", "BF800000", "-1.0"},
     {"CountHalf", "SNVT_count_inc_f", "3F000000", "0.5"},
-    {"CountInfinite", "SNVT_count_inc_f", "7F800000", "null"},
     {"FlowSmallest", "SNVT_flow_f", "00000001", "1e-45"},  // 2^-149
-    {"FlowNotANumber", "SNVT_flow_f", "7FC00000", "null"},
-    {"PressureLargest", "SNVT_press_f", "7F7FFFFF", "3.4028235e+38"},
+    {"Pressure", "SNVT_press_f", "47C5E680",
+     "101325.0"},  // 0x18BCD = binary 1.1000101111001101 * 2^16
     // -(1 + 17/256) * 2^8: sign 1, exponent 127 + 8, fraction 0001 0001 0...
     {"TemperatureLow", "SNVT_temp_f", "C3888000", "-273.0"},
     {"TemperatureTenth", "SNVT_temp_f", "41AC0000", "21.5"},  // 1.34375 * 2^4
@@ -268,12 +248,12 @@ const std::vector<ValueRow> kBitFields = {
     // 110 00000: three bits of 8
     {"RegisterValue", "SNVT_reg_val", "FFFFFFFE0AC0",
      R"({"raw":-2,"unit":"RVU_KWH","nr_decimals":6})"},
-    // 10 11 00 01, 01 10 11 00
+    // 01 00 00 01, 01 00 01 and two bits that nothing covers
     {"TransferTable", "SNVT_trans_table",
-     "3F800000 C0000000 00000000 40400000 40800000 40A00000 40C00000 B16C",
-     R"({"point":[1.0,-2.0,0.0,3.0,4.0,5.0,6.0],"interp_pts_0_to_1":2,"interp_pts_1_to_2":3,)"
+     "3F800000 C0000000 00000000 40400000 40800000 40A00000 40C00000 4144",
+     R"({"point":[1.0,-2.0,0.0,3.0,4.0,5.0,6.0],"interp_pts_0_to_1":1,"interp_pts_1_to_2":0,)"
      R"("interp_pts_2_to_3":0,"interp_pts_3_to_4":1,"interp_pts_4_to_5":1,)"
-     R"("interp_pts_5_to_6":2,"interp_pts_6_to_0":3})"},
+     R"("interp_pts_5_to_6":0,"interp_pts_6_to_0":1})"},
     // 0110 01 00: the fields of a structure that ends inside its byte
     {"Chiller", "SNVT_chlr_status", "020364",
      R"({"chlr_run_mode":"CHLR_RUN","chlr_op_mode":"HVAC_COOL","chlr_state":{"in_alarm":0,)"
@@ -315,7 +295,10 @@ const std::vector<ValueRow> kNested = {
      "00 0003 0001 626F6F742E62696E0000000000000000 00000400 0001",
      R"({"status":"FS_XFER_OK","number_of_files":3,"selected_file":1,"adr":{"descriptor":)"
      R"({"file_info":"boot.bin","size":1024,"type":1},"address":{"domain_id":)"
-     R"([98,111,111,116,46,98],"domain_length":105,"subnet":110,"node":0}}})"},
+     R"([98,111,111,116,46,98],"domain_length":105,"subnet":110,"node":0}}})",
+     // 105 is no length of a domain.
+     R"({"status":"FS_XFER_OK","number_of_files":3,"selected_file":1,"adr":{"descriptor":)"
+     R"({"file_info":"boot.bin","size":1024,"type":1}}})"},
     // 1000 0001 0010 0000 1111 1111 in both alternatives
     {"DeviceStatus", "SNVT_dev_status", "008120FF",
      R"({"device_select":"DV_PUMP_CTRL","dev_type":{"pump_ctrl":{"device_fault":1,)"
@@ -388,13 +371,55 @@ const std::vector<ValueRow> kNested = {
      R"({"earliest_time_offset":1.0,"latest_time_offset":10.0})"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Numbers, StandardValue, testing::ValuesIn(kNumbers), nameOf);
-INSTANTIATE_TEST_SUITE_P(Floats, StandardValue, testing::ValuesIn(kFloats), nameOf);
-INSTANTIATE_TEST_SUITE_P(Enumerations, StandardValue, testing::ValuesIn(kEnumerations), nameOf);
-INSTANTIATE_TEST_SUITE_P(Texts, StandardValue, testing::ValuesIn(kTexts), nameOf);
-INSTANTIATE_TEST_SUITE_P(Structures, StandardValue, testing::ValuesIn(kStructures), nameOf);
-INSTANTIATE_TEST_SUITE_P(BitFields, StandardValue, testing::ValuesIn(kBitFields), nameOf);
-INSTANTIATE_TEST_SUITE_P(Nested, StandardValue, testing::ValuesIn(kNested), nameOf);
+INSTANTIATE_TEST_SUITE_P(Numbers, StandardValue, testing::ValuesIn(kNumbers), nameOfRow);
+INSTANTIATE_TEST_SUITE_P(Floats, StandardValue, testing::ValuesIn(kFloats), nameOfRow);
+INSTANTIATE_TEST_SUITE_P(Enumerations, StandardValue, testing::ValuesIn(kEnumerations), nameOfRow);
+INSTANTIATE_TEST_SUITE_P(Texts, StandardValue, testing::ValuesIn(kTexts), nameOfRow);
+INSTANTIATE_TEST_SUITE_P(Structures, StandardValue, testing::ValuesIn(kStructures), nameOfRow);
+INSTANTIATE_TEST_SUITE_P(BitFields, StandardValue, testing::ValuesIn(kBitFields), nameOfRow);
+INSTANTIATE_TEST_SUITE_P(Nested, StandardValue, testing::ValuesIn(kNested), nameOfRow);
+
+// --- Values that JSON shows but that are not taken back ---
+
+struct RefusedRow {
+  ValueRow value;
+  std::string problem;
+};
+
+class RefusedValue : public testing::TestWithParam<RefusedRow> {};
+
+TEST_P(RefusedValue, HasTheJsonOfItsDefinition) {
+  EXPECT_EQ(decode(standardTypes(), GetParam().value), GetParam().value.json);
+}
+
+TEST_P(RefusedValue, IsNotTakenBack) {
+  EXPECT_EQ(encode(standardTypes(), GetParam().value), "refused: " + GetParam().problem);
+}
+
+const std::string kOutside = "the value is outside the member's limits";
+
+const std::vector<RefusedRow> kRefused = {
+    {{"LevelAboveItsLimit", "SNVT_lev_cont", "FF", "127.5"}, ": " + kOutside},  // 255 * 5 / 10
+    {{"CountInfinite", "SNVT_count_inc_f", "7F800000", "null"}, ": a number is missing"},
+    {{"FlowNotANumber", "SNVT_flow_f", "7FC00000", "null"}, ": a number is missing"},
+    // The shortest text of the largest single is a decimal above it.
+    {{"PressureLargest", "SNVT_press_f", "7F7FFFFF", "3.4028235e+38"},
+     ": 3.4028235e+38 is out of range"},
+    {{"LatitudeLowest", "SNVT_geo_loc", "00000000 80000000",
+      // -2147483648 / 10^7
+      R"({"longitude":0.0,"latitude":-214.7483648,"elevation":0.0,"name":""})"},
+     "latitude: " + kOutside},
+    // 01 11 00 01, 01 01 00 00: the second field takes 0 and 1
+    {{"TransferTable", "SNVT_trans_table",
+      "3F800000 C0000000 00000000 40400000 40800000 40A00000 40C00000 7150",
+      R"({"point":[1.0,-2.0,0.0,3.0,4.0,5.0,6.0],"interp_pts_0_to_1":1,"interp_pts_1_to_2":3,)"
+      R"("interp_pts_2_to_3":0,"interp_pts_3_to_4":1,"interp_pts_4_to_5":1,)"
+      R"("interp_pts_5_to_6":1,"interp_pts_6_to_0":0})"},
+     "interp_pts_1_to_2: " + kOutside},
+};
+
+INSTANTIATE_TEST_SUITE_P(Types, RefusedValue, testing::ValuesIn(kRefused),
+                         [](const auto& info) { return info.param.value.name; });
 
 // --- Invalid markers of the standard types ---
 
@@ -406,6 +431,10 @@ class StandardMarker : public testing::TestWithParam<ValueRow> {
 
 TEST_P(StandardMarker, IsTheKeyword) {
   EXPECT_EQ(decode(standardTypes(), GetParam()), GetParam().json);
+}
+
+TEST_P(StandardMarker, ComesBackFromTheKeyword) {
+  EXPECT_EQ(encode(standardTypes(), GetParam()), wholeRaw(standardTypes(), GetParam()));
 }
 
 const std::vector<ValueRow> kMarkers = {
@@ -421,9 +450,9 @@ const std::vector<ValueRow> kMarkers = {
      R"({"days_to_active":"invalid","days_to_inactive":"invalid","name":""})"},
     {"EventDaysExchanged", "SNVT_date_event", "80007FFF",
      R"({"days_to_active":-32768,"days_to_inactive":32767,"name":""})"},
-    {"Quad", "SNVT_geo_loc", "7FFFFFFF80000000",
-     // -2147483648 / 10^7
-     R"({"longitude":"invalid","latitude":-214.7483648,"elevation":0.0,"name":""})"},
+    {"Quad", "SNVT_geo_loc", "7FFFFFFFCA5B1700",
+     // 0xCA5B1700 = -900000000, divided by 10^7
+     R"({"longitude":"invalid","latitude":-90.0,"elevation":0.0,"name":""})"},
     {"ThroughAReference", "SNVT_load_offsets", "7FFF80000000",
      R"({"standby_offset":"invalid","standby_rotation":"invalid","demand_response_offset":0.0,)"
      R"("demand_response_rotation":0.0})"},
@@ -435,7 +464,7 @@ const std::vector<ValueRow> kMarkers = {
     {"PropertyThroughAReference", "SCPTmaxRcvTime", "FFFF", R"("invalid")"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Types, StandardMarker, testing::ValuesIn(kMarkers), nameOf);
+INSTANTIATE_TEST_SUITE_P(Types, StandardMarker, testing::ValuesIn(kMarkers), nameOfRow);
 
 // --- Types of our own, for what the standard types do not have ---
 
@@ -490,6 +519,10 @@ TEST_P(OwnValue, HasTheJsonOfItsDefinition) {
   EXPECT_EQ(decode(*_manager, GetParam()), GetParam().json);
 }
 
+TEST_P(OwnValue, ComesBackFromThatJson) {
+  EXPECT_EQ(encode(*_manager, GetParam()), wholeRaw(*_manager, GetParam()));
+}
+
 const std::vector<ValueRow> kOwnValues = {
     {"DoubleTenth", "SNVT_double", "3FB999999999999A", "0.1"},
     {"DoubleMinusTwo", "SNVT_double", "C000000000000000", "-2.0"},
@@ -517,7 +550,17 @@ const std::vector<ValueRow> kOwnValues = {
     {"PropertyThroughReferences", "SCPTLimits", "15", "10.5"},  // 21 * 5 / 10
 };
 
-INSTANTIATE_TEST_SUITE_P(Types, OwnValue, testing::ValuesIn(kOwnValues), nameOf);
+INSTANTIATE_TEST_SUITE_P(Types, OwnValue, testing::ValuesIn(kOwnValues), nameOfRow);
 
 }  // namespace
 }  // namespace zavri::korvat
+
+std::set<std::string> zavri::test::typesOfValueTable() {
+  using namespace korvat;
+  std::set<std::string> types;
+  for (const auto* rows :
+       {&kNumbers, &kFloats, &kEnumerations, &kTexts, &kStructures, &kBitFields, &kNested}) {
+    for (const ValueRow& row : *rows) types.insert(row.type);
+  }
+  return types;
+}
