@@ -159,7 +159,8 @@ std::string fill(std::string text, const Conversion& conversion) {
   const std::size_t missing = conversion.width - length;
   if (conversion.isLeft) return text.append(missing, ' ');
   const std::size_t digits = text.find_first_not_of("+-");
-  const bool isNumber = digits != std::string::npos && digits <= 1 && util::isDigit(text[digits]);
+  const bool isText = std::string_view("csm").find(conversion.letter) != std::string_view::npos;
+  const bool isNumber = !isText && digits <= 1 && util::hexValue(text[digits]) >= 0;
   if (!conversion.isZeroFilled || !isNumber) return text.insert(0, missing, ' ');
   return text.insert(digits, missing, '0');
 }

@@ -36,6 +36,15 @@ constexpr double kLowest = static_cast<double>(std::numeric_limits<Target>::lowe
 template <typename Target>
 constexpr double kHighest = static_cast<double>(std::numeric_limits<Target>::max());
 
+// True for a number that has a nearest value in Target. That of a float is finite up to half a step
+// above the largest one: its shortest decimal text may lie there.
+template <typename Target>
+bool fitsInto(double number) {
+  constexpr double kAboveFloat = 0x1.ffffffp127;
+  if constexpr (std::is_same_v<Target, float>) return std::abs(number) < kAboveFloat;
+  return number >= kLowest<Target> && number <= kHighest<Target>;
+}
+
 // `number` within the range of Target; NaN stays what it is, or 0 in an integer.
 template <typename Target>
 Target saturate(double number) {
@@ -92,10 +101,8 @@ LeafWriter::Outcome LeafWriter::convertUnscaled(const M&, const json::Value& nod
   }
   const bool isCutting = _typeManager->isAllowCuttingToMinMax();
   const double number = node.asDouble();
-  const bool fits = std::is_floating_point_v<Target> && !std::isfinite(number)
-                        ? true
-                        : number >= kLowest<Target> && number <= kHighest<Target>;
-  if (!fits && !isCutting) {
+  const bool isTakenAsItIs = std::is_floating_point_v<Target> && !std::isfinite(number);
+  if (!isTakenAsItIs && !fitsInto<Target>(number) && !isCutting) {
     const std::string text = node.stringify();
     if (node.isInteger()) {
       Logger::warning("[korvat/setRawValue] Integer overflow with value: %s (int: %lld)\n",
@@ -125,8 +132,7 @@ LeafWriter::Outcome LeafWriter::convertScaled(const M& member, const json::Value
   }
   const double number = node.asDouble();
   const auto raw = static_cast<double>(member.fromPhysical(number, node.isFloating()));
-  const bool fits = raw >= kLowest<Target> && raw <= kHighest<Target>;
-  if (!fits && !_typeManager->isAllowCuttingToMinMax()) {
+  if (!fitsInto<Target>(raw) && !_typeManager->isAllowCuttingToMinMax()) {
     const std::string text = node.stringify();
     Logger::warning("[korvat/setRawValue] overflow with value: %s (d:%lf)\n", text.c_str(), number);
     _problem = text + " is out of range";
@@ -141,6 +147,12 @@ LeafWriter::Outcome LeafWriter::keepWithinLimits(const M& member, Target& target
   using Limit = decltype(member.getMin());
   const auto number = static_cast<Limit>(target);
   if (member.isInRange(number)) return Outcome::Taken;
+  if constexpr (std::is_same_v<Target, float>) {
+    // A limit that no float equals is kept by the float nearest to it.
+    const bool isBelow = member.hasMin() && target < saturate<float>(member.getMin());
+    const bool isAbove = member.hasMax() && target > saturate<float>(member.getMax());
+    if (!isBelow && !isAbove) return Outcome::Taken;
+  }
   if (!_typeManager->isAllowCuttingToMinMax()) {
     _problem = "the value is outside the member's limits";
     return Outcome::OutOfLimits;

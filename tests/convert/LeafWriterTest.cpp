@@ -404,6 +404,30 @@ TEST(LeafWriterFloat, KeepsToItsLimits) {
   EXPECT_EQ(written.raw, "40000000");
 }
 
+TEST(LeafWriterFloat, TakesTheDecimalOfTheLargestSingle) {
+  Desk desk;
+  desk.manager.setAllowCuttingToMinMax(kRefuse);
+  const auto member = makeFloat("f", NcType::Float);
+  // The largest single is 3.40282346638528860e38; halfway to where the next one would be lies
+  // 3.40282356779733661e38.
+  EXPECT_EQ(desk.write(*member, parsed("3.4028235e38")).raw, "7F7FFFFF");
+  EXPECT_EQ(desk.write(*member, parsed("-3.4028235e38")).raw, "FF7FFFFF");
+  EXPECT_FALSE(desk.write(*member, parsed("3.4028236e38")).isDone);
+}
+
+TEST(LeafWriterFloat, TakesTheLimitThatNoSingleEquals) {
+  Desk desk;
+  desk.manager.setAllowCuttingToMinMax(kRefuse);
+  const auto member = makeFloat("f", NcType::Float);
+  member->setMin(-273.17);
+  member->setMax(273.17);
+  // The single nearest to 273.17 is 273.170013427734375.
+  EXPECT_TRUE(desk.write(*member, parsed("-273.17")).isDone);
+  EXPECT_TRUE(desk.write(*member, parsed("273.17")).isDone);
+  EXPECT_FALSE(desk.write(*member, parsed("273.1701")).isDone);
+  EXPECT_FALSE(desk.write(*member, parsed("-273.1701")).isDone);
+}
+
 TEST(LeafWriterFloat, TakesTheInvalidKeyword) {
   Desk desk;
   desk.manager.setSupportInvalidKeyword(true);

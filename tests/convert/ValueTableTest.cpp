@@ -104,6 +104,8 @@ const std::vector<ValueRow> kFloats = {
     {"AngleMinusOne", "SNVT_angle_f", "BF800000", "-1.0"},
     {"CountHalf", "SNVT_count_inc_f", "3F000000", "0.5"},
     {"FlowSmallest", "SNVT_flow_f", "00000001", "1e-45"},  // 2^-149
+    // The shortest text of the largest single is a decimal above it.
+    {"PressureLargest", "SNVT_press_f", "7F7FFFFF", "3.4028235e+38"},
     {"Pressure", "SNVT_press_f", "47C5E680",
      "101325.0"},  // 0x18BCD = binary 1.1000101111001101 * 2^16
     // -(1 + 17/256) * 2^8: sign 1, exponent 127 + 8, fraction 0001 0001 0...
@@ -402,9 +404,6 @@ const std::vector<RefusedRow> kRefused = {
     {{"LevelAboveItsLimit", "SNVT_lev_cont", "FF", "127.5"}, ": " + kOutside},  // 255 * 5 / 10
     {{"CountInfinite", "SNVT_count_inc_f", "7F800000", "null"}, ": a number is missing"},
     {{"FlowNotANumber", "SNVT_flow_f", "7FC00000", "null"}, ": a number is missing"},
-    // The shortest text of the largest single is a decimal above it.
-    {{"PressureLargest", "SNVT_press_f", "7F7FFFFF", "3.4028235e+38"},
-     ": 3.4028235e+38 is out of range"},
     {{"LatitudeLowest", "SNVT_geo_loc", "00000000 80000000",
       // -2147483648 / 10^7
       R"({"longitude":0.0,"latitude":-214.7483648,"elevation":0.0,"name":""})"},
