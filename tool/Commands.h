@@ -44,8 +44,8 @@ void runEncodeStream(Catalogue& catalogue, const std::string& defaultType);
 // enumeration. `withTrees` also shows what each format is parsed into.
 void runDescribe(Catalogue& catalogue, const std::string& type, bool withTrees);
 
-// The types of one kind ("nv", "cp", "enum" or "fp"; all for an empty text) whose name matches a pattern:
-// with "*" and "?" as a whole, without them anywhere, in either case.
+// The types of one kind ("nv", "cp", "enum" or "fp"; all for an empty text) whose name matches a
+// pattern: with "*" and "?" as a whole, without them anywhere, in either case.
 void runList(Catalogue& catalogue, const std::string& kind, const std::string& pattern);
 
 // What is wrong with the files of the catalogue: one line for each finding, or JSON. Throws
