@@ -17,6 +17,10 @@ void runDecode(Catalogue& catalogue, const std::string& type, const std::vector<
 void runDecodeText(Catalogue& catalogue, const std::string& type,
                    const std::vector<std::string>& hex, const std::string& formatName);
 
+// The bytes of one value with every member beside them: raw number, scaling, unit, enumerator, and
+// whether the number keeps to its limits.
+void runExplain(Catalogue& catalogue, const std::string& type, const std::vector<std::string>& hex);
+
 // One member of a raw value as JSON.
 void runGet(Catalogue& catalogue, const std::string& type, const std::string& hex,
             const std::string& path);

@@ -17,6 +17,7 @@
 #include "korvat/types/EnumType.h"
 #include "tool/Failure.h"
 #include "tool/Layout.h"
+#include "tool/ScalingText.h"
 #include "tool/TextTable.h"
 
 namespace zavri::korvat::tool {
@@ -172,24 +173,6 @@ json::Value describeType(Catalogue& catalogue, const BaseType& type, bool withTr
   return described;
 }
 
-std::string scalingText(const json::Value& row) {
-  const json::Value& scaling = row["scaling"];
-  if (scaling.isNull()) return "";
-  std::string raw = "raw";
-  if (const int c = scaling["c"].asInt32(); c != 0) {
-    raw = "(raw " + std::string(c < 0 ? "- " : "+ ") + StringUtils::toString(std::abs(c)) + ")";
-  }
-  return "  = " + scaling["a"].asString() + " * 10^" + scaling["b"].asString() + " * " + raw;
-}
-
-std::string displayText(const json::Value& row) {
-  const json::Value& display = row["display"];
-  if (display.isNull()) return "";
-  const double offset = display["offset"].asDouble();
-  return "  shown = " + StringUtils::toString(display["factor"].asDouble()) + " * physical" +
-         (std::signbit(offset) ? " - " : " + ") + StringUtils::toString(std::abs(offset));
-}
-
 std::string limitsText(const json::Value& row) {
   std::string text;
   if (!row["min"].isNull() || !row["max"].isNull()) {
@@ -231,7 +214,9 @@ std::string memberLines(const json::Value& members) {
     std::string line = "  " + rightAlign(row["byte"].asString(), 4) + rightAlign(bit, 4) +
                        rightAlign(row["bits"].asString(), 6) + "  " +
                        pad(pathText(row), nameWidth) + "  " + pad(typeText(row), typeWidth) +
-                       limitsText(row) + scalingText(row) + displayText(row);
+                       limitsText(row);
+    if (!row["scaling"].isNull()) line += "  = " + scalingText(row["scaling"]);
+    if (!row["display"].isNull()) line += "  shown = " + displayText(row["display"]);
     if (!row["unit"].isNull()) line += "  [" + row["unit"].asString() + "]";
     if (!row["discriminator"].isNull()) line += "  chosen by " + row["discriminator"].asString();
     lines += toLine(line);

@@ -19,7 +19,8 @@ struct Options {
   bool refuseCutting = false;
   bool acceptAnyLength = false;
   bool printJson = false;
-  int logLevel = -1;  // of base::Logger; silent by default
+  std::string color = "auto";  // "auto", "always" or "never"
+  int logLevel = -1;           // of base::Logger; silent by default
 };
 
 }  // namespace zavri::korvat::tool

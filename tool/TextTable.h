@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace zavri::korvat::tool {
 
@@ -14,6 +15,13 @@ inline std::string pad(std::string text, std::size_t width) {
 
 inline std::string rightAlign(const std::string& text, std::size_t width) {
   return std::string(text.size() < width ? width - text.size() : 0, ' ') + text;
+}
+
+// Pieces of hexadecimal text, or other words, as one text.
+inline std::string join(const std::vector<std::string>& words) {
+  std::string text;
+  for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
+  return text;
 }
 
 // One line of output, without blanks at its end.

@@ -9,6 +9,7 @@
 #include "tool/Failure.h"
 #include "tool/FormatText.h"
 #include "tool/JsonPath.h"
+#include "tool/TextTable.h"
 
 namespace zavri::korvat::tool {
 
@@ -18,12 +19,6 @@ json::Value decodeHex(Catalogue& catalogue, const VarType& type, const std::stri
   const base::Buffer buffer = catalogue.readHex(hex);
   catalogue.checkLength(type, buffer);
   return catalogue.decode(type, buffer);
-}
-
-std::string join(const std::vector<std::string>& hex) {
-  std::string text;
-  for (const std::string& piece : hex) text += (text.empty() ? "" : " ") + piece;
-  return text;
 }
 
 // The types that formats in other units have made of `type`, for a message.

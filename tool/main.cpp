@@ -73,7 +73,12 @@ void addOptions(CLI::App& app, Options& options) {
   app.add_flag("--no-cut", options.refuseCutting,
                "Encode: refuse numbers out of range instead of cutting them");
   app.add_flag("--any-length", options.acceptAnyLength, "Take input of any length");
-  app.add_flag("--json", options.printJson, "Print describe, profile, list and check as JSON");
+  app.add_flag("--json", options.printJson,
+               "Print describe, explain, profile, list and check as JSON");
+  app.add_option("--color", options.color,
+                 "Colors of explain: auto (on a terminal), always or never")
+      ->check(CLI::IsMember({"auto", "always", "never"}))
+      ->type_name("WHEN");
   app.add_option("--log", options.logLevel,
                  "Show the library's messages: silent, error, warning, info, debug or trace")
       ->transform(CLI::CheckedTransformer(kLogLevels))
@@ -134,6 +139,16 @@ void addValueCommands(CLI::App& app, const Options& options, Arguments& argument
     Catalogue catalogue(options);
     if (arguments.isStream) return runEncodeStream(catalogue, arguments.streamType);
     runEncode(catalogue, arguments.type, arguments.json);
+  });
+}
+
+void addExplainCommand(CLI::App& app, const Options& options, Arguments& arguments) {
+  CLI::App* explain = app.add_subcommand("explain", "Show what each byte of a value means");
+  explain->add_option("TYPE", arguments.type, kTypeHelp)->required();
+  explain->add_option("HEX", arguments.hexPieces, "Raw value in hexadecimal")->required();
+  explain->callback([&] {
+    Catalogue catalogue(options);
+    runExplain(catalogue, arguments.type, arguments.hexPieces);
   });
 }
 
@@ -224,6 +239,7 @@ int run(int argc, char** argv) {
   app.fallthrough();
   addOptions(app, options);
   addValueCommands(app, options, arguments);
+  addExplainCommand(app, options, arguments);
   addMemberCommands(app, options, arguments);
   addCatalogueCommands(app, options, arguments);
   try {
