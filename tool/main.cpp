@@ -11,6 +11,7 @@
 
 #include "tool/Catalogue.h"
 #include "tool/Commands.h"
+#include "tool/CompletionCommands.h"
 #include "tool/Failure.h"
 
 namespace zavri::korvat::tool {
@@ -242,8 +243,13 @@ int run(int argc, char** argv) {
   addExplainCommand(app, options, arguments);
   addMemberCommands(app, options, arguments);
   addCatalogueCommands(app, options, arguments);
+  addCompletionCommand(app);
   try {
-    app.parse(argc, argv);
+    if (argc > 1 && std::strcmp(argv[1], "complete") == 0) {
+      runComplete(app, {argv + 2, argv + argc});
+    } else {
+      app.parse(argc, argv);
+    }
   } catch (const CLI::Success& help) {
     return app.exit(help);
   } catch (const CLI::ParseError& error) {
