@@ -61,7 +61,11 @@ class OwnCatalogue : public TempCatalogue {
           nvt("_room", structure({{"mode", enumeration("mode_t")},
                                   {"levels", scalar("unsigned short"), arraySize(3)},
                                   {"name", scalar("unsigned char"), arraySize(4)},
-                                  {"$HOME", scalar("unsigned short")}})) +
+                                  {"$HOME", scalar("unsigned short")}}) +
+                           "<formats><format id='SNVT_room'>text(\"%m\", mode)</format>"
+                           "<format id='SNVT_room#levels'>text(\"%d\", levels[0])</format>"
+                           "<format id='SNVT_room#`hit`'>text(\"%d\", levels[1])</format>"
+                           "</formats>") +
               nvt("_rooms", structure({{"all",
                                         structure({{"mode", enumeration("mode_t")},
                                                    {"level", scalar("unsigned short")}}),
@@ -126,6 +130,7 @@ const std::vector<OfferCase> kCatalogueCases = {
      {"words", "M_OFF", "M_ON"}},
     {"NoEnumeratorsOfANumber", {"set", "SNVT_room", "00", "levels[0]", ""}, {"words"}},
     {"NoEnumeratorsOfNoMember", {"set", "SNVT_room", "00", "none", ""}, {"words"}},
+    {"Formats", {"decode", "SNVT_room", "--text", "--format", ""}, {"words", "levels"}},
     {"NothingForRawValues", {"decode", "SNVT_room", ""}, {"words"}},
     {"NothingForAWordTooMany", {"get", "SNVT_room", "00", "mode", ""}, {"words"}},
 };
