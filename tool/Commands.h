@@ -56,6 +56,9 @@ void runEncodeStream(Catalogue& catalogue, const std::string& defaultType);
 // enumeration. `withTrees` also shows what each format is parsed into.
 void runDescribe(Catalogue& catalogue, const std::string& type, bool withTrees);
 
+// The bit grid of a type's layout as a picture, in a file or, for "-", on standard output.
+void runDescribeAsPicture(Catalogue& catalogue, const std::string& type, const std::string& path);
+
 // The types of one kind ("nv", "cp", "enum" or "fp"; all for an empty text) whose name matches a
 // pattern: with "*" and "?" as a whole, without them anywhere, in either case.
 void runList(Catalogue& catalogue, const std::string& kind, const std::string& pattern);
