@@ -154,6 +154,7 @@ const std::vector<OfferCase> kParserCases = {
     {"Kinds", {"list", ""}, {"words", "nv", "cp", "enum", "fp"}},
     {"FolderForAnOption", {"--catalog", "/"}, {"folders"}},
     {"FolderWithEqualsSign", {"--catalog=/"}, {"folders"}},
+    {"File", {"describe", "SNVT_switch", "--svg", ""}, {"files"}},
     {"FolderForAnArgument", {"check", ""}, {"folders"}},
     {"NothingForAnUnknownCommand", {"nonsense", ""}, {"words"}},
     {"NothingWithoutACatalogue", {"--catalog", "/nowhere", "decode", ""}, {"words"}},
