@@ -35,8 +35,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkorvat-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libkorvat ${thisVersion}, libboost-dev (>= 1.74)")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
-  "This package has the headers of the library, its CMake package and its pkg-config
-file and a manual page.")
+  "This package has the headers of the library, its CMake package,
+its pkg-config file and a manual page.")
 
 # shlibdeps does not know the package of a library that is built at the same time.
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME korvat)
