@@ -12,9 +12,9 @@
 
 #include "tool/Catalogue.h"
 #include "tool/Commands.h"
+#include "tool/CompletionCommands.h"
 #include "tool/ErrorReport.h"
 #include "tool/Failure.h"
-#include "tool/NearestName.h"
 
 namespace zavri::korvat::tool {
 
@@ -39,17 +39,17 @@ const std::map<std::string, int> kLogLevels{
 
 // Takes one of the words and hands on what it stands for, as CLI11 reads it.
 CLI::Validator oneOf(std::map<std::string, std::string> meanings) {
-  const auto translate = [meanings = std::move(meanings)](std::string& word) -> std::string {
+  std::string words;
+  for (const auto& [word, meaning] : meanings) words += (words.empty() ? "" : ",") + word;
+  const auto translate = [meanings = std::move(meanings), words](std::string& word) -> std::string {
     const auto found = meanings.find(word);
     if (found != meanings.end()) {
       word = found->second;
       return "";
     }
-    std::vector<std::string> words;
-    for (const auto& [known, meaning] : meanings) words.push_back(known);
-    return "'" + word + "' is none of " + joinNames(words);
+    return "'" + word + "' is none of " + words;
   };
-  return CLI::Validator(translate, "");
+  return CLI::Validator(translate, "{" + words + "}");
 }
 
 template <typename T>
@@ -299,8 +299,13 @@ int run(int argc, char** argv) {
   addFindCommands(app, options, arguments);
   addMemberCommands(app, options, arguments);
   addCatalogueCommands(app, options, arguments);
+  addCompletionCommand(app);
   try {
-    app.parse(argc, argv);
+    if (argc > 1 && std::strcmp(argv[1], "complete") == 0) {
+      runComplete(app, {argv + 2, argv + argc});
+    } else {
+      app.parse(argc, argv);
+    }
   } catch (const CLI::Success& help) {
     return app.exit(help);
   } catch (const CLI::ParseError& error) {

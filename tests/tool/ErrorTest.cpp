@@ -66,7 +66,7 @@ const std::vector<LessonCase> kLessons = {
     {"ValueOfAnOption",
      {"--order", "middle", "list"},
      2,
-     "korvat: --order: 'middle' is none of big, little; see 'korvat --help'"},
+     "korvat: --order: 'middle' is none of big,little; see 'korvat --help'"},
     {"MemberToRead",
      {"get", "SNVT_switch", "C801", "stat"},
      1,
@@ -167,7 +167,7 @@ TEST(JsonErrors, AreAlsoAskedForWithAnEqualsSign) {
 TEST(TextErrors, AreTheDefault) {
   EXPECT_EQ(runTool({"--errors", "text", "frobnicate"}).errors.find("korvat: unknown command"), 0u);
   const ToolResult result = runTool({"--errors", "xml", "list"});
-  EXPECT_EQ(result.errors, "korvat: --errors: 'xml' is none of json, text; see 'korvat --help'\n");
+  EXPECT_EQ(result.errors, "korvat: --errors: 'xml' is none of json,text; see 'korvat --help'\n");
   EXPECT_EQ(result.status, 2);
 }
 
