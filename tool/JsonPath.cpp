@@ -5,6 +5,7 @@
 
 #include "korvat/base/StringUtils.h"
 #include "tool/Failure.h"
+#include "tool/NearestName.h"
 
 namespace zavri::korvat::tool {
 
@@ -23,11 +24,9 @@ std::vector<std::string> splitIndices(const std::string& text) {
   return indices;
 }
 
-std::string memberNames(const json::Value& object) {
-  std::string names;
-  for (const auto& [name, value] : object.getPropertyMap()) {
-    names += (names.empty() ? "" : ", ") + name;
-  }
+std::vector<std::string> memberNames(const json::Value& object) {
+  std::vector<std::string> names;
+  for (const auto& [name, value] : object.getPropertyMap()) names.push_back(name);
   return names;
 }
 
@@ -35,9 +34,16 @@ const json::Value& selectMember(const json::Value& node, const std::string& name
                                 const std::string& path) {
   const json::Value* member = node.getPropertyMap().find(name);
   if (member != nullptr) return *member;
+  const std::vector<std::string> names = memberNames(node);
+  const std::vector<std::string> nearest = findNearest(name, names);
   const std::string expected =
-      node.isObject() ? "expected one of: " + memberNames(node) : "there are no members here";
-  throw Failure(kProblem, "no member '" + name + "' at path '" + path + "'; " + expected);
+      node.isObject() ? "expected one of: " + joinNames(names) : "there are no members here";
+  throw Failure(kProblem, "no member '" + name + "' at path '" + path + "'; " + expected +
+                              didYouMean(nearest))
+      .with("member", path)
+      .with("given", name)
+      .with("expected", names)
+      .with("nearest", nearest);
 }
 
 // The node at "[3]" or "[3][1]".

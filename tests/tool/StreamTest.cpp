@@ -173,7 +173,8 @@ TEST_P(FailingLine, KeepsItsPlace) {
 }
 
 const std::string kWrongLength =
-    "1 byte given, but a value of SNVT_switch has 2; --any-length takes it all the same";
+    "1 byte given, but a value of SNVT_switch has 2: 'state' at byte 1 is not there; --any-length "
+    "takes it all the same";
 
 const std::vector<StreamCase> kFailingCases = {
     {"ValueOfTheWrongLength",
@@ -183,7 +184,7 @@ const std::vector<StreamCase> kFailingCases = {
     {"NoHexadecimal",
      {"decode", "--stream"},
      R"({"type":"SNVT_switch","raw":"C8X1"})",
-     R"({"type":"SNVT_switch","raw":"C8X1","error":"'C8X1' is not hexadecimal: 'X' at position 3; )"
+     R"({"type":"SNVT_switch","raw":"C8X1","error":"'C8X1' is not hexadecimal: 'X' at position 3 (byte 1); )"
      R"(expected digits 0-9, A-F"})"},
     {"MissingType",
      {"decode", "--stream"},
@@ -236,12 +237,14 @@ const std::vector<StreamCase> kFailingCases = {
      {"encode", "--stream"},
      R"({"type":"SNVT_temp_p","value":null,"n":1})",
      R"({"type":"SNVT_temp_p","value":null,"n":1,)"
-     R"("error":"cannot encode SNVT_temp_p: a number is missing"})"},
+     R"("error":"cannot encode SNVT_temp_p: a number is missing; )"
+     R"(expected -273.17 to 327.67 degrees Celsius"})"},
     {"BareValueThatIsRefused",
      {"encode", "--stream", "--type", "SNVT_switch"},
      R"({"value":1,"state":"on"})",
      R"({"value":{"value":1,"state":"on"},)"
-     R"("error":"cannot encode SNVT_switch: state: not a number: \"on\""})"},
+     R"("error":"cannot encode SNVT_switch: state: not a number: \"on\" (byte 1); )"
+     R"(expected -1 to 1 state code"})"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Commands, FailingLine, testing::ValuesIn(kFailingCases), kNameOf);
@@ -288,7 +291,7 @@ const std::vector<StreamCase> kFailingStartCases = {
     {"NoHexadecimalOnABareLine",
      {"decode", "--stream", "--type", "SNVT_switch"},
      "not json",
-     R"({"raw":"not json","error":"'not json' is not hexadecimal: 'n' at position 1; )"},
+     R"({"raw":"not json","error":"'not json' is not hexadecimal: 'n' at position 1 (byte 0); )"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Commands, FailingLineStart, testing::ValuesIn(kFailingStartCases),
