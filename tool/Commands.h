@@ -56,6 +56,10 @@ void runList(Catalogue& catalogue, const std::string& kind, const std::string& p
 // kProblem at the end when there is any.
 void runCheck(Catalogue& catalogue);
 
+// What has changed from one catalogue to another: one line for each finding, or JSON. Throws
+// kProblem at the end when raw values or their JSON form are not what they were.
+void runDiff(Catalogue& oldCatalogue, Catalogue& newCatalogue);
+
 // A functional profile, named or by its key, with its datapoints and those of the profiles it
 // inherits from. A key is searched from the set of the option --prefix towards the standard set.
 void runProfile(Catalogue& catalogue, const std::string& nameOrKey);

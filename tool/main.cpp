@@ -51,6 +51,8 @@ struct Arguments {
   std::string profile;
   std::string kind;
   std::string pattern;
+  std::string oldCatalog;
+  std::string newCatalog;
 };
 
 void addOptions(CLI::App& app, Options& options) {
@@ -74,7 +76,7 @@ void addOptions(CLI::App& app, Options& options) {
                "Encode: refuse numbers out of range instead of cutting them");
   app.add_flag("--any-length", options.acceptAnyLength, "Take input of any length");
   app.add_flag("--json", options.printJson,
-               "Print describe, explain, profile, list and check as JSON");
+               "Print describe, explain, profile, list, check and diff as JSON");
   app.add_option("--color", options.color,
                  "Colors of explain: auto (on a terminal), always or never")
       ->check(CLI::IsMember({"auto", "always", "never"}))
@@ -208,6 +210,23 @@ void addCatalogueCommands(CLI::App& app, Options& options, Arguments& arguments)
   check->callback([&] {
     Catalogue catalogue(options);
     runCheck(catalogue);
+  });
+
+  CLI::App* diff = app.add_subcommand("diff", "Show what has changed between two catalogues");
+  diff->add_option("OLD", arguments.oldCatalog, "Base folder of the one to start from")->required();
+  diff->add_option("NEW", arguments.newCatalog, "Base folder of the one to compare")->required();
+  diff->callback([&] {
+    // An empty name would stand for the catalogue that is used by default.
+    if (arguments.oldCatalog.empty() || arguments.newCatalog.empty()) {
+      throw Failure(kNotFound, "no catalogue: the name of a folder is empty");
+    }
+    Options oldOptions = options;
+    oldOptions.catalog = arguments.oldCatalog;
+    Options newOptions = options;
+    newOptions.catalog = arguments.newCatalog;
+    Catalogue oldCatalogue(oldOptions);
+    Catalogue newCatalogue(newOptions);
+    runDiff(oldCatalogue, newCatalogue);
   });
 
   CLI::App* list = app.add_subcommand("list", "List the types of the catalogue");
