@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -48,9 +49,20 @@ void runEncodeStream(Catalogue& catalogue, const std::string& defaultType);
 // enumeration. `withTrees` also shows what each format is parsed into.
 void runDescribe(Catalogue& catalogue, const std::string& type, bool withTrees);
 
-// The types of one kind ("nv", "cp", "enum" or "fp"; all for an empty text) whose name matches a
-// pattern: with "*" and "?" as a whole, without them anywhere, in either case.
-void runList(Catalogue& catalogue, const std::string& kind, const std::string& pattern);
+// Which types list shows: those that keep to everything that is given.
+struct ListQuery {
+  std::string kindOrPattern;  // first argument: "list nv" means a kind, "list temp" a pattern
+  std::string pattern;        // second argument
+  // The same kind as an option, which leaves the one argument for the pattern.
+  std::optional<std::string> kind;
+  std::optional<std::string> unit;  // of a member, as a whole; with "*" and "?", in either case
+  std::optional<std::string> size;  // bytes of a value: "2", or a range, "1-4"
+};
+
+// The types of one kind ("nv", "cp", "enum" or "fp"; all when none is given) whose name matches a
+// pattern: with "*" and "?" as a whole, without them anywhere, in either case. Only types that
+// values have match a unit or a size. Throws kWrongUsage for what is no kind or size.
+void runList(Catalogue& catalogue, const ListQuery& query);
 
 // What is wrong with the files of the catalogue: one line for each finding, or JSON. Throws
 // kProblem at the end when there is any.

@@ -49,8 +49,7 @@ struct Arguments {
   bool isStream = false;
   std::string streamType;
   std::string profile;
-  std::string kind;
-  std::string pattern;
+  ListQuery listQuery;
   std::string oldCatalog;
   std::string newCatalog;
 };
@@ -230,11 +229,18 @@ void addCatalogueCommands(CLI::App& app, Options& options, Arguments& arguments)
   });
 
   CLI::App* list = app.add_subcommand("list", "List the types of the catalogue");
-  list->add_option("KIND", arguments.kind, "nv, cp, enum or fp; all when left out");
-  list->add_option("PATTERN", arguments.pattern, "Part of a name, or a pattern with * and ?");
+  ListQuery& query = arguments.listQuery;
+  list->add_option("KIND", query.kindOrPattern, "nv, cp, enum or fp; all when left out");
+  list->add_option("PATTERN", query.pattern, "Part of a name, or a pattern with * and ?");
+  list->add_option("--kind", query.kind, "The same as KIND; the argument is PATTERN then")
+      ->type_name("KIND");
+  list->add_option("--unit", query.unit, "Types with a member of that unit; * and ? are wildcards")
+      ->type_name("TEXT");
+  list->add_option("--size", query.size, "Types whose values have N bytes, or N to M")
+      ->type_name("N[-M]");
   list->callback([&] {
     Catalogue catalogue(options);
-    runList(catalogue, arguments.kind, arguments.pattern);
+    runList(catalogue, arguments.listQuery);
   });
 }
 
