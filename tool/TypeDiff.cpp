@@ -9,7 +9,6 @@
 #include <type_traits>
 #include <utility>
 
-#include "korvat/base/StringUtils.h"
 #include "korvat/members/Limits.h"
 #include "korvat/members/MemAggregate.h"
 #include "korvat/members/MemBitfield.h"
@@ -21,51 +20,15 @@
 #include "korvat/types/EnumType.h"
 #include "korvat/types/FpType.h"
 #include "tool/Catalogue.h"
+#include "tool/ChangeList.h"
 #include "tool/Layout.h"
 #include "tool/NumberRange.h"
+#include "tool/ProfileDiff.h"
 #include "tool/ScalingText.h"
 
 namespace zavri::korvat::tool {
 
 namespace {
-
-using util::StringUtils;
-
-std::string plural(std::size_t count, const std::string& noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
-// "state: " for a message; nothing for the value itself.
-std::string prefixOf(const std::string& path) {
-  return path.empty() ? "" : path + ": ";
-}
-
-std::string quoted(const std::string& text) {
-  return "'" + text + "'";
-}
-
-// "b instead of a"
-std::string insteadOf(const std::string& newText, const std::string& oldText) {
-  return newText + " instead of " + oldText;
-}
-
-// Differences in the order in which they are found.
-class ChangeList {
- public:
-  void wire(const std::string& message) { _changes.push_back({Breaks::Wire, message}); }
-  void json(const std::string& message) { _changes.push_back({Breaks::Json, message}); }
-  void note(const std::string& message) { _changes.push_back({Breaks::Nothing, message}); }
-
-  // The last one, whose weight the end of the comparison may settle.
-  std::size_t getLastIndex() const { return _changes.size() - 1; }
-  void setBreaks(std::size_t index, Breaks breaks) { _changes[index].breaks = breaks; }
-
-  bool isEmpty() const { return _changes.empty(); }
-  std::vector<Change> take() { return std::move(_changes); }
-
- private:
-  std::vector<Change> _changes;
-};
 
 // --- Enumerations ---
 
@@ -195,12 +158,110 @@ const TypeId& refIdOf(const Member& member) {
   return static_cast<const MemRefBase&>(member).getRefId();
 }
 
-// "SNVT_x", with its set when that is not the standard one.
-std::string nameOf(const TypeId& id) {
-  const std::string prefix = id.getPrefix();
-  return (prefix == TypeId::StdPrefix ? "" : prefix + "/") + id.toLonFormatId();
+// Whether a member may be another one with a new name: the same form, its content aside.
+bool isSameAtFirstSight(const Member& a, const Member& b) {
+  if (a.getKind() != b.getKind() || a.getArraySize() != b.getArraySize()) return false;
+  switch (a.getKind()) {
+    case Member::Kind::Scalar:
+      return isSameShape(ncTypeRow(static_cast<const MemScalar&>(a).getNcType()),
+                         ncTypeRow(static_cast<const MemScalar&>(b).getNcType()));
+    case Member::Kind::Float:
+      return static_cast<const MemFloat&>(a).getNcType() ==
+             static_cast<const MemFloat&>(b).getNcType();
+    case Member::Kind::Bitfield:
+      return isSameSlot(static_cast<const MemBitfield&>(a).getSlot(),
+                        static_cast<const MemBitfield&>(b).getSlot());
+    case Member::Kind::Enum:
+    case Member::Kind::Ref:
+      return refIdOf(a) == refIdOf(b);
+    case Member::Kind::Aggregate:
+      return static_cast<const MemAggregate&>(a).isUnion() ==
+                 static_cast<const MemAggregate&>(b).isUnion() &&
+             static_cast<const MemAggregate&>(a).getChildren().size() ==
+                 static_cast<const MemAggregate&>(b).getChildren().size();
+    case Member::Kind::Invalid:
+      return true;
+  }
+  return false;
 }
 
+std::vector<const Member*> childrenOf(const MemAggregate& aggregate) {
+  std::vector<const Member*> children;
+  for (const auto& child : aggregate.getChildren()) {
+    if (!child) break;  // where a walk ends
+    children.push_back(child.get());
+  }
+  return children;
+}
+
+// Which member of one version of a structure or union is which one of the other: that of its name,
+// or, where both names are gone, one of the same form in the same place.
+class ChildAlignment {
+ public:
+  using Pair = std::pair<const Member*, const Member*>;  // old and new; null for one that is not
+
+  ChildAlignment(const MemAggregate& oldAggregate, const MemAggregate& newAggregate)
+      : _old(childrenOf(oldAggregate)),
+        _new(childrenOf(newAggregate)),
+        _oldNames(positionsOf(_old)),
+        _newNames(positionsOf(_new)) {
+    while (_o < _old.size() || _n < _new.size()) step();
+  }
+
+  const std::vector<Pair>& getPairs() const { return _pairs; }
+  bool isReordered() const { return !_taken.empty(); }
+
+ private:
+  using Positions = std::map<std::string, std::size_t>;
+
+  static Positions positionsOf(const std::vector<const Member*>& children) {
+    Positions positions;
+    for (std::size_t i = 0; i < children.size(); ++i) {
+      positions.emplace(children[i]->getProgName(), i);
+    }
+    return positions;
+  }
+
+  void step() {
+    const Member* oldOne = _o < _old.size() ? _old[_o] : nullptr;
+    const Member* newOne = _n < _new.size() ? _new[_n] : nullptr;
+    if (newOne != nullptr && _taken.count(_n) != 0) {
+      ++_n;
+      return;
+    }
+    const bool isGone = oldOne != nullptr && _newNames.count(oldOne->getProgName()) == 0;
+    const bool isFresh = newOne != nullptr && _oldNames.count(newOne->getProgName()) == 0;
+    const bool isSameName =
+        oldOne != nullptr && newOne != nullptr && oldOne->getProgName() == newOne->getProgName();
+    if (isSameName || (isGone && isFresh && isSameAtFirstSight(*oldOne, *newOne))) {
+      _pairs.emplace_back(_old[_o++], _new[_n++]);
+    } else if (isGone) {
+      _pairs.emplace_back(_old[_o++], nullptr);
+    } else if (isFresh) {
+      _pairs.emplace_back(nullptr, _new[_n++]);
+    } else if (oldOne != nullptr) {
+      // Of two members with one name, one may have had its turn.
+      const std::size_t position = _newNames.at(oldOne->getProgName());
+      if (position >= _n && _taken.insert(position).second) {
+        _pairs.emplace_back(oldOne, _new[position]);
+      }
+      ++_o;
+    } else {
+      ++_n;
+    }
+  }
+
+  const std::vector<const Member*> _old;
+  const std::vector<const Member*> _new;
+  const Positions _oldNames;  // the first of each name
+  const Positions _newNames;
+  std::size_t _o = 0;  // next ones
+  std::size_t _n = 0;
+  std::set<std::size_t> _taken;  // new ones that were met out of order
+  std::vector<Pair> _pairs;
+};
+
+// Two versions of a network variable or property type.
 class VarTypeDiff {
  public:
   VarTypeDiff(TypeManager& oldManager, const VarType& oldType, TypeManager& newManager,
@@ -459,108 +520,34 @@ class VarTypeDiff {
       addLayoutChange(newMet, insteadOf(kindText(newAggregate), kindText(oldAggregate)),
                       Breaks::Json);
     }
-    const std::vector<const Member*> oldChildren = childrenOf(oldAggregate);
-    const std::vector<const Member*> newChildren = childrenOf(newAggregate);
-    const Positions oldNames = positionsOf(oldChildren);
-    const Positions newNames = positionsOf(newChildren);
+    const ChildAlignment alignment(oldAggregate, newAggregate);
     const bool isUnion = newAggregate.isUnion();
-    bool isReordered = false;
-
-    std::size_t o = 0;
-    std::size_t n = 0;
-    std::set<std::size_t> taken;  // new ones that were met out of order
-    const auto compareChildren = [&](std::size_t oldPosition, std::size_t newPosition) {
-      compareMembers(childOf(oldMet, *oldChildren[oldPosition]),
-                     childOf(newMet, *newChildren[newPosition]), nesting + 1);
-    };
-    while (o < oldChildren.size() || n < newChildren.size()) {
-      if (n < newChildren.size() && taken.count(n) != 0) {
-        ++n;
+    for (const auto& [oldChild, newChild] : alignment.getPairs()) {
+      if (newChild == nullptr) {
+        addLayoutChange(childOf(oldMet, *oldChild), "removed", Breaks::Json);
         continue;
       }
-      const bool isOldLeft = o < oldChildren.size();
-      const bool isNewLeft = n < newChildren.size();
-      if (isOldLeft && isNewLeft &&
-          oldChildren[o]->getProgName() == newChildren[n]->getProgName()) {
-        compareChildren(o++, n++);
-        continue;
-      }
-      const bool isGone = isOldLeft && newNames.count(oldChildren[o]->getProgName()) == 0;
-      const bool isFresh = isNewLeft && oldNames.count(newChildren[n]->getProgName()) == 0;
-      if (isGone && isFresh && isSameAtFirstSight(*oldChildren[o], *newChildren[n])) {
-        _changes.json(prefixOf(childOf(oldMet, *oldChildren[o]).path) + "renamed to " +
-                      quoted(newChildren[n]->getProgName()));
-        compareChildren(o++, n++);
-      } else if (isGone) {
-        addLayoutChange(childOf(oldMet, *oldChildren[o++]), "removed", Breaks::Json);
-      } else if (isFresh) {
-        addLayoutChange(childOf(newMet, *newChildren[n++]),
-                        isUnion ? "new alternative" : "new member",
+      const Met newChildMet = childOf(newMet, *newChild);
+      if (oldChild == nullptr) {
+        addLayoutChange(newChildMet, isUnion ? "new alternative" : "new member",
                         isUnion ? Breaks::Nothing : Breaks::Json);
-      } else if (isOldLeft) {
-        const std::size_t position = newNames.at(oldChildren[o]->getProgName());
-        if (position >= n && taken.insert(position).second) {
-          isReordered = true;
-          compareChildren(o, position);
-        }
-        ++o;  // of two members with one name, one has had its turn
-      } else {
-        ++n;
+        continue;
       }
+      const Met oldChildMet = childOf(oldMet, *oldChild);
+      if (oldChild->getProgName() != newChild->getProgName()) {
+        _changes.json(prefixOf(oldChildMet.path) + "renamed to " + quoted(newChild->getProgName()));
+      }
+      compareMembers(oldChildMet, newChildMet, nesting + 1);
     }
-    if (isReordered) addLayoutChange(newMet, "the members are in another order", Breaks::Nothing);
-  }
-
-  using Positions = std::map<std::string, std::size_t>;
-
-  static std::vector<const Member*> childrenOf(const MemAggregate& aggregate) {
-    std::vector<const Member*> children;
-    for (const auto& child : aggregate.getChildren()) {
-      if (!child) break;  // where a walk ends
-      children.push_back(child.get());
+    if (alignment.isReordered()) {
+      addLayoutChange(newMet, "the members are in another order", Breaks::Nothing);
     }
-    return children;
-  }
-
-  static Positions positionsOf(const std::vector<const Member*>& children) {
-    Positions positions;
-    for (std::size_t i = 0; i < children.size(); ++i) {
-      positions.emplace(children[i]->getProgName(), i);
-    }
-    return positions;
   }
 
   static Met childOf(const Met& parent, const Member& child) {
     const std::string& name = child.getProgName();
     return {&child, parent.path.empty() ? name : parent.path + "." + name, false,
             parent.isFollowed};
-  }
-
-  // Whether a member may be another one with a new name: the same form, its content aside.
-  static bool isSameAtFirstSight(const Member& a, const Member& b) {
-    if (a.getKind() != b.getKind() || a.getArraySize() != b.getArraySize()) return false;
-    switch (a.getKind()) {
-      case Member::Kind::Scalar:
-        return isSameShape(ncTypeRow(static_cast<const MemScalar&>(a).getNcType()),
-                           ncTypeRow(static_cast<const MemScalar&>(b).getNcType()));
-      case Member::Kind::Float:
-        return static_cast<const MemFloat&>(a).getNcType() ==
-               static_cast<const MemFloat&>(b).getNcType();
-      case Member::Kind::Bitfield:
-        return isSameSlot(static_cast<const MemBitfield&>(a).getSlot(),
-                          static_cast<const MemBitfield&>(b).getSlot());
-      case Member::Kind::Enum:
-      case Member::Kind::Ref:
-        return refIdOf(a) == refIdOf(b);
-      case Member::Kind::Aggregate:
-        return static_cast<const MemAggregate&>(a).isUnion() ==
-                   static_cast<const MemAggregate&>(b).isUnion() &&
-               static_cast<const MemAggregate&>(a).getChildren().size() ==
-                   static_cast<const MemAggregate&>(b).getChildren().size();
-      case Member::Kind::Invalid:
-        return true;
-    }
-    return false;
   }
 
   void addLayoutChange(const Met& met, const std::string& what, Breaks harmless) {
@@ -725,156 +712,6 @@ class VarTypeDiff {
   std::set<std::pair<const EnumType*, const EnumType*>> _followedEnums;
 };
 
-// --- Functional profiles ---
-
-class ProfileDiff {
- public:
-  ProfileDiff(const FpType& oldType, const FpType& newType)
-      : _oldType(oldType), _newType(newType) {}
-
-  std::vector<Change> run() {
-    const std::string oldKey = keyText(_oldType);
-    const std::string newKey = keyText(_newType);
-    if (oldKey != newKey) _changes.wire(insteadOf(newKey, oldKey));
-    const std::string oldBase = baseText(_oldType);
-    const std::string newBase = baseText(_newType);
-    if (oldBase != newBase) _changes.wire(insteadOf(newBase, oldBase));
-    compareDatapoints(_oldType.getNvColl(), _newType.getNvColl());
-    compareDatapoints(_oldType.getCpColl(), _newType.getCpColl());
-    return _changes.take();
-  }
-
- private:
-  using Datapoints = std::vector<DpRef*>;
-  // A name, and how many have it already: a faulty profile has no changes either.
-  using Name = std::pair<std::string, std::size_t>;
-  using ByName = std::map<Name, const DpRef*>;
-  using ByIndex = std::multimap<std::int32_t, const DpRef*>;
-  using Pair = std::pair<const DpRef*, const DpRef*>;  // old and new
-
-  static std::string keyText(const FpType& type) {
-    return type.hasKey() ? "key " + std::to_string(type.getKey()) : "no key";
-  }
-
-  static std::string baseText(const FpType& type) {
-    return type.hasBase() ? "inherits from " + nameOf(type.getBase()) : "inherits from nothing";
-  }
-
-  static ByName byName(const Datapoints& datapoints) {
-    ByName named;
-    std::map<std::string, std::size_t> counts;
-    for (const DpRef* datapoint : datapoints) {
-      named[{datapoint->getName(), counts[datapoint->getName()]++}] = datapoint;
-    }
-    return named;
-  }
-
-  void compareDatapoints(const Datapoints& oldOnes, const Datapoints& newOnes) {
-    const ByName oldNames = byName(oldOnes);
-    const ByName newNames = byName(newOnes);
-    ByIndex fresh;  // new ones that may be old ones with another name
-    for (const auto& [name, newOne] : newNames) {
-      if (oldNames.count(name) == 0) fresh.emplace(newOne->getIndex(), newOne);
-    }
-    std::vector<Pair> renumbered;
-    for (const auto& [name, oldOne] : oldNames) {
-      const auto sameName = newNames.find(name);
-      if (sameName != newNames.end()) {
-        const DpRef* newOne = sameName->second;
-        if (oldOne->getIndex() != newOne->getIndex()) renumbered.emplace_back(oldOne, newOne);
-        compareDatapoint(*oldOne, *newOne);
-        continue;
-      }
-      const auto sameIndex = fresh.find(oldOne->getIndex());
-      if (sameIndex == fresh.end() || sameIndex->second->getTypeId() != oldOne->getTypeId()) {
-        _changes.wire(oldOne->getName() + ": removed");
-        continue;
-      }
-      _changes.json(oldOne->getName() + ": renamed to " + quoted(sameIndex->second->getName()));
-      compareDatapoint(*oldOne, *sameIndex->second);
-      fresh.erase(sameIndex);
-    }
-    reportRenumbered(std::move(renumbered));
-    for (const auto& [index, newOne] : fresh) {
-      if (newOne->isMandatory()) {
-        _changes.wire(newOne->getName() + ": new and mandatory");
-      } else {
-        _changes.note(newOne->getName() + ": new and optional");
-      }
-    }
-  }
-
-  // A datapoint that is put between others moves all behind it: one finding tells of all.
-  void reportRenumbered(std::vector<Pair> renumbered) {
-    if (renumbered.empty()) return;
-    std::sort(renumbered.begin(), renumbered.end(), [](const Pair& a, const Pair& b) {
-      return a.first->getIndex() < b.first->getIndex();
-    });
-    const auto& [oldOne, newOne] = renumbered.front();
-    std::string message =
-        newOne->getName() + ": number " +
-        insteadOf(std::to_string(newOne->getIndex()), std::to_string(oldOne->getIndex()));
-    if (renumbered.size() > 1) {
-      message += ", and " + plural(renumbered.size() - 1, "more datapoint") + " renumbered";
-    }
-    _changes.wire(message);
-  }
-
-  void compareDatapoint(const DpRef& oldOne, const DpRef& newOne) {
-    const std::string prefix = prefixOf(newOne.getName());
-    const auto compare = [&](const std::string& newText, const std::string& oldText) {
-      if (newText != oldText) _changes.wire(prefix + insteadOf(newText, oldText));
-    };
-    compare(nameOf(newOne.getTypeId()), nameOf(oldOne.getTypeId()));
-    // A number that follows the number in the collection is told with that one.
-    const std::int64_t shift = std::int64_t{newOne.getMember()} - oldOne.getMember();
-    if (shift != std::int64_t{newOne.getIndex()} - oldOne.getIndex() && shift != 0) {
-      compare("member number " + std::to_string(newOne.getMember()),
-              std::to_string(oldOne.getMember()));
-    }
-    compare(directionText(newOne), directionText(oldOne));
-    compare(appliesText(newOne), appliesText(oldOne));
-    if (newOne.isMandatory() && !oldOne.isMandatory()) _changes.wire(prefix + "mandatory now");
-    if (!newOne.isMandatory() && oldOne.isMandatory()) _changes.wire(prefix + "optional now");
-    if (!newOne.isArrayPermitted() && oldOne.isArrayPermitted()) {
-      _changes.wire(prefix + "may not be an array any more");
-    }
-    if (newOne.isArrayPermitted() && !oldOne.isArrayPermitted()) {
-      _changes.note(prefix + "may be an array now");
-    }
-    compareLimits(oldOne, newOne, prefix);
-  }
-
-  static std::string directionText(const DpRef& datapoint) {
-    return datapoint.getDirection() == DpRef::Direction::Input ? "input" : "output";
-  }
-
-  static std::string appliesText(const DpRef& datapoint) {
-    return datapoint.getAppliesTo().empty() ? "applies to nothing"
-                                            : "applies to " + quoted(datapoint.getAppliesTo());
-  }
-
-  // They are for people and devices: no value is converted with them.
-  void compareLimits(const DpRef& oldOne, const DpRef& newOne, const std::string& prefix) {
-    const auto compare = [&](const char* what, bool hasNew, double newValue, bool hasOld,
-                             double oldValue) {
-      const std::string newText = hasNew ? StringUtils::toString(newValue) : "none";
-      const std::string oldText = hasOld ? StringUtils::toString(oldValue) : "none";
-      if (newText != oldText) {
-        _changes.note(prefix + what + " " + insteadOf(newText, oldText));
-      }
-    };
-    compare("minimum", newOne.hasMin(), newOne.getMin(), oldOne.hasMin(), oldOne.getMin());
-    compare("maximum", newOne.hasMax(), newOne.getMax(), oldOne.hasMax(), oldOne.getMax());
-    compare("default", newOne.hasDefault(), newOne.getDefaultValue(), oldOne.hasDefault(),
-            oldOne.getDefaultValue());
-  }
-
-  const FpType& _oldType;
-  const FpType& _newType;
-  ChangeList _changes;
-};
-
 // --- References ---
 
 void addReferences(const Member& member, std::vector<TypeId>& references) {
@@ -929,7 +766,7 @@ std::vector<Change> compareTypes(TypeManager& oldManager, const BaseType& oldTyp
     more = items.take();
   } else if (oldType.getTypeId().getType() == ResourceType::Fp) {
     more =
-        ProfileDiff(static_cast<const FpType&>(oldType), static_cast<const FpType&>(newType)).run();
+        compareProfiles(static_cast<const FpType&>(oldType), static_cast<const FpType&>(newType));
   } else {
     more = VarTypeDiff(oldManager, static_cast<const VarType&>(oldType), newManager,
                        static_cast<const VarType&>(newType))
