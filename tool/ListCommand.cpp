@@ -125,20 +125,26 @@ Filter readQuery(const ListQuery& query) {
   return filter;
 }
 
-// `met` holds the types that references have led to.
-bool hasUnit(const Member& member, TypeManager& manager, const std::string& unit,
-             std::set<const VarType*>& met) {
-  if (!member.getUnit().empty() && matchesGlob(member.getUnit(), unit)) return true;
-  if (member.getKind() == Member::Kind::Ref) {
-    const VarType* type = static_cast<const MemRef&>(member).resolve(&manager);
-    return type != nullptr && type->getMember() != nullptr && met.insert(type).second &&
-           hasUnit(*type->getMember(), manager, unit, met);
+// Whether a member has that unit, also behind references. They may lead through any number of
+// types, and in a circle: each type is met once.
+bool hasUnit(const Member& root, TypeManager& manager, const std::string& unit) {
+  std::set<const VarType*> met;
+  std::vector<const Member*> pending = {&root};
+  while (!pending.empty()) {
+    const Member& member = *pending.back();
+    pending.pop_back();
+    if (!member.getUnit().empty() && matchesGlob(member.getUnit(), unit)) return true;
+    if (member.getKind() == Member::Kind::Ref) {
+      const VarType* type = static_cast<const MemRef&>(member).resolve(&manager);
+      if (type == nullptr || type->getMember() == nullptr || !met.insert(type).second) continue;
+      pending.push_back(type->getMember());
+    } else if (member.getKind() == Member::Kind::Aggregate) {
+      for (const auto& child : static_cast<const MemAggregate&>(member).getChildren()) {
+        if (child) pending.push_back(child.get());
+      }
+    }
   }
-  if (member.getKind() != Member::Kind::Aggregate) return false;
-  const auto& children = static_cast<const MemAggregate&>(member).getChildren();
-  return std::any_of(children.begin(), children.end(), [&](const auto& child) {
-    return child && hasUnit(*child, manager, unit, met);
-  });
+  return false;
 }
 
 // Bytes of a value; what the definition says where that cannot be counted.
@@ -157,9 +163,8 @@ bool isAskedFor(const BaseType& type, TypeManager& manager, const Filter& filter
     const unsigned byteCount = sizeOf(*varType, manager);
     if (byteCount < filter.size->smallest || byteCount > filter.size->largest) return false;
   }
-  std::set<const VarType*> met;
-  return !filter.unit || (varType->getMember() != nullptr &&
-                          hasUnit(*varType->getMember(), manager, *filter.unit, met));
+  return !filter.unit ||
+         (varType->getMember() != nullptr && hasUnit(*varType->getMember(), manager, *filter.unit));
 }
 
 // Types in the order of their numbers, then their names.

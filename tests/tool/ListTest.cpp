@@ -103,6 +103,23 @@ const std::vector<ListCase> kLists = {
 };
 INSTANTIATE_TEST_SUITE_P(Queries, ListOfTypes, testing::ValuesIn(kLists), kNameOf);
 
+TEST(List, FollowsTypesInsideEachOtherToAnyDepth) {
+  constexpr int kDepth = 20'000;
+  std::string items = nvtOf("_t0", 1, scalar("unsigned short") + "<unit id='p'/>");
+  for (int i = 1; i <= kDepth; ++i) {
+    const std::string inner = "SNVT_t" + std::to_string(i - 1);
+    items += nvtOf("_t" + std::to_string(i), i + 1, structure({{"inner", reference(inner)}}));
+  }
+  TempCatalogue files;
+  files.writeRaw(
+      TypeId::StdPrefix, "nvs",
+      tag("ldrf", "<strings><string id='p'>percent</string></strings>" + tag("items", items)));
+  const ToolResult result =
+      runTool({"--catalog", files.path(), "list", "nv", "SNVT_t20000", "--unit", "percent"});
+  EXPECT_EQ(result.output.rfind("nv   20001  SNVT_t20000 ", 0), 0u) << result.output;
+  EXPECT_EQ(result.status, 0);
+}
+
 struct RefusedListCase {
   std::string name;
   Words arguments;
