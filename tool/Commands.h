@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -59,13 +60,28 @@ void runDescribe(Catalogue& catalogue, const std::string& type, bool withTrees);
 // The bit grid of a type's layout as a picture, in a file or, for "-", on standard output.
 void runDescribeAsPicture(Catalogue& catalogue, const std::string& type, const std::string& path);
 
-// The types of one kind ("nv", "cp", "enum" or "fp"; all for an empty text) whose name matches a
-// pattern: with "*" and "?" as a whole, without them anywhere, in either case.
-void runList(Catalogue& catalogue, const std::string& kind, const std::string& pattern);
+// Which types list shows: those that keep to everything that is given.
+struct ListQuery {
+  std::string kindOrPattern;  // first argument: "list nv" means a kind, "list temp" a pattern
+  std::string pattern;        // second argument
+  // The same kind as an option, which leaves the one argument for the pattern.
+  std::optional<std::string> kind;
+  std::optional<std::string> unit;  // of a member, as a whole; with "*" and "?", in either case
+  std::optional<std::string> size;  // bytes of a value: "2", or a range, "1-4"
+};
+
+// The types of one kind ("nv", "cp", "enum" or "fp"; all when none is given) whose name matches a
+// pattern: with "*" and "?" as a whole, without them anywhere, in either case. Only types that
+// values have match a unit or a size. Throws kWrongUsage for what is no kind or size.
+void runList(Catalogue& catalogue, const ListQuery& query);
 
 // What is wrong with the files of the catalogue: one line for each finding, or JSON. Throws
 // kProblem at the end when there is any.
 void runCheck(Catalogue& catalogue);
+
+// What has changed from one catalogue to another: one line for each finding, or JSON. Throws
+// kProblem at the end when raw values or their JSON form are not what they were.
+void runDiff(Catalogue& oldCatalogue, Catalogue& newCatalogue);
 
 // A functional profile, named or by its key, with its datapoints and those of the profiles it
 // inherits from. A key is searched from the set of the option --prefix towards the standard set.

@@ -84,8 +84,9 @@ struct Arguments {
   bool isStream = false;
   std::string streamType;
   std::string profile;
-  std::string kind;
-  std::string pattern;
+  ListQuery listQuery;
+  std::string oldCatalog;
+  std::string newCatalog;
 };
 
 void addOptions(CLI::App& app, Options& options) {
@@ -109,7 +110,7 @@ void addOptions(CLI::App& app, Options& options) {
                "Encode: refuse numbers out of range instead of cutting them");
   app.add_flag("--any-length", options.acceptAnyLength, "Take input of any length");
   app.add_flag("--json", options.printJson,
-               "Print what is no value (describe, explain, list, ...) as JSON");
+               "Print what is no value (describe, explain, list, diff, ...) as JSON");
   app.add_option("--errors", options.errorForm,
                  "Form of error messages: text or json (one object a line)")
       ->transform(oneOf({"text", "json"}))
@@ -276,12 +277,36 @@ void addCatalogueCommands(CLI::App& app, Options& options, Arguments& arguments)
     runCheck(catalogue);
   });
 
+  CLI::App* diff = app.add_subcommand("diff", "Show what has changed between two catalogues");
+  diff->add_option("OLD", arguments.oldCatalog, "Base folder of the one to start from")->required();
+  diff->add_option("NEW", arguments.newCatalog, "Base folder of the one to compare")->required();
+  diff->callback([&] {
+    // An empty name would stand for the catalogue that is used by default.
+    if (arguments.oldCatalog.empty() || arguments.newCatalog.empty()) {
+      throw Failure(kNotFound, "no catalogue: the name of a folder is empty");
+    }
+    Options oldOptions = options;
+    oldOptions.catalog = arguments.oldCatalog;
+    Options newOptions = options;
+    newOptions.catalog = arguments.newCatalog;
+    Catalogue oldCatalogue(oldOptions);
+    Catalogue newCatalogue(newOptions);
+    runDiff(oldCatalogue, newCatalogue);
+  });
+
   CLI::App* list = app.add_subcommand("list", "List the types of the catalogue");
-  list->add_option("KIND", arguments.kind, "nv, cp, enum or fp; all when left out");
-  list->add_option("PATTERN", arguments.pattern, "Part of a name, or a pattern with * and ?");
+  ListQuery& query = arguments.listQuery;
+  list->add_option("KIND", query.kindOrPattern, "nv, cp, enum or fp; all when left out");
+  list->add_option("PATTERN", query.pattern, "Part of a name, or a pattern with * and ?");
+  list->add_option("--kind", query.kind, "The same as KIND; the argument is PATTERN then")
+      ->type_name("KIND");
+  list->add_option("--unit", query.unit, "Types with a member of that unit; * and ? are wildcards")
+      ->type_name("TEXT");
+  list->add_option("--size", query.size, "Types whose values have N bytes, or N to M")
+      ->type_name("N[-M]");
   list->callback([&] {
     Catalogue catalogue(options);
-    runList(catalogue, arguments.kind, arguments.pattern);
+    runList(catalogue, arguments.listQuery);
   });
 }
 
