@@ -14,6 +14,7 @@
 #include "tool/Commands.h"
 #include "tool/CompletionCommands.h"
 #include "tool/ErrorReport.h"
+#include "tool/Examples.h"
 #include "tool/Failure.h"
 
 namespace zavri::korvat::tool {
@@ -325,6 +326,7 @@ int run(int argc, char** argv) {
   addMemberCommands(app, options, arguments);
   addCatalogueCommands(app, options, arguments);
   addCompletionCommand(app);
+  addExamples(app);
   try {
     if (argc > 1 && std::strcmp(argv[1], "complete") == 0) {
       runComplete(app, {argv + 2, argv + argc});
