@@ -48,6 +48,10 @@ void runEncodeStream(Catalogue& catalogue, const std::string& defaultType);
 // enumeration. `withTrees` also shows what each format is parsed into.
 void runDescribe(Catalogue& catalogue, const std::string& type, bool withTrees);
 
+// The JSON Schema of the JSON that a type converts to and from, see makeSchema(); of several types
+// one line each.
+void runSchema(Catalogue& catalogue, const std::vector<std::string>& types);
+
 // The types of one kind ("nv", "cp", "enum" or "fp"; all for an empty text) whose name matches a
 // pattern: with "*" and "?" as a whole, without them anywhere, in either case.
 void runList(Catalogue& catalogue, const std::string& kind, const std::string& pattern);

@@ -37,6 +37,7 @@ const std::map<std::string, int> kLogLevels{
 // What the arguments of the commands are read into.
 struct Arguments {
   std::string type;
+  std::vector<std::string> types;
   std::vector<std::string> hexPieces;
   std::string hex;
   std::string json;
@@ -193,6 +194,15 @@ void addCatalogueCommands(CLI::App& app, Options& options, Arguments& arguments)
   describe->callback([&] {
     Catalogue catalogue(options);
     runDescribe(catalogue, arguments.type, arguments.withFormatTrees);
+  });
+
+  CLI::App* schema =
+      app.add_subcommand("schema", "Show the JSON Schema of the JSON that a type converts to");
+  schema->add_option("TYPE", arguments.types, "One name or more; of several, a line each")
+      ->required();
+  schema->callback([&] {
+    Catalogue catalogue(options);
+    runSchema(catalogue, arguments.types);
   });
 
   CLI::App* profile = app.add_subcommand("profile", "Show a functional profile");
