@@ -21,6 +21,14 @@ void runDecodeText(Catalogue& catalogue, const std::string& type,
 // whether the number keeps to its limits.
 void runExplain(Catalogue& catalogue, const std::string& type, const std::vector<std::string>& hex);
 
+// The types whose size and limits a raw value keeps to, best first, each with the value it would
+// have.
+void runGuess(Catalogue& catalogue, const std::vector<std::string>& hex);
+
+// The types that have all words in their name, summary, units, member names or enumerators; those
+// with the words in their names first.
+void runSearch(Catalogue& catalogue, const std::vector<std::string>& words);
+
 // One member of a raw value as JSON.
 void runGet(Catalogue& catalogue, const std::string& type, const std::string& hex,
             const std::string& path);

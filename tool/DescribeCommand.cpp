@@ -18,6 +18,7 @@
 #include "tool/Failure.h"
 #include "tool/Layout.h"
 #include "tool/ScalingText.h"
+#include "tool/Summaries.h"
 #include "tool/TextTable.h"
 
 namespace zavri::korvat::tool {
@@ -141,6 +142,8 @@ json::Value describeType(Catalogue& catalogue, const BaseType& type, bool withTr
   described["kind"] = resourceTypeName(type.getTypeId().getType());
   described["index"] = type.getIndex();
   described["set"] = type.getTypeId().getPrefix();
+  const std::string summary = Summaries(catalogue.getManager().getBaseDir()).find(type);
+  if (!summary.empty()) described["summary"] = summary;
   described["obsolete"].setBoolean(type.hasFlags(BaseType::kObsolete));
 
   if (const auto* enumType = dynamic_cast<const EnumType*>(&type)) {
@@ -240,6 +243,7 @@ std::string toText(const json::Value& type) {
   if (!isEnum) text += "  " + type["size"].asString() + " bytes";
   if (type["obsolete"].asInt32() != 0) text += "  obsolete";
   text += "\n";
+  if (!type["summary"].isNull()) text += type["summary"].asString() + "\n";
   if (!type["default"].isNull()) text += "default " + type["default"].asString() + "\n";
 
   text += itemLines(type["items"]);

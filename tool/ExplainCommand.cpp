@@ -16,6 +16,7 @@
 #include "korvat/members/MemScalar.h"
 #include "korvat/members/Value.h"
 #include "korvat/types/EnumType.h"
+#include "tool/Leaves.h"
 #include "tool/ScalingText.h"
 #include "tool/TextTable.h"
 
@@ -36,30 +37,17 @@ class Explanation {
   }
 
   json::Value explain(const json::Value& value) {
-    addNode(value, "");
+    for (const Leaf& leaf : findLeaves(_access, value)) {
+      if (leaf.access.isValid()) addLeaf(leaf);
+    }
     return std::move(_rows);
   }
 
  private:
-  void addNode(const json::Value& node, const std::string& path) {
-    if (node.isObject()) {
-      for (const auto& [name, member] : node.getPropertyMap()) {
-        addNode(member, path.empty() ? name : path + "." + name);
-      }
-    } else if (node.isArray()) {
-      for (unsigned i = 0; i < node.getSize(); ++i) {
-        addNode(node[i], path + "[" + std::to_string(i) + "]");
-      }
-    } else {
-      addLeaf(node, path);
-    }
-  }
-
-  void addLeaf(const json::Value& shown, const std::string& path) {
-    const MemberValue access = _access[path];
-    if (!access.isValid()) return;
+  void addLeaf(const Leaf& leaf) {
+    const MemberValue& access = leaf.access;
     json::Value& row = _rows[_rows.getSize()];
-    row["path"] = path;
+    row["path"] = leaf.path;
     const Member& member = *access.getMember();
     const unsigned elementSize = (member.getElementBitCount(&_manager) + 7) / 8;
     const std::int32_t element = access.getElementIndex();
@@ -69,7 +57,7 @@ class Explanation {
     const unsigned offset = static_cast<unsigned>(access.getByteOffset()) + skipped;
     row["byte"] = offset;
     row["bytes"] = bytesAt(offset, byteCount);
-    row["value"] = shown;
+    row["value"] = *leaf.shown;
     if (!member.getUnit().empty()) row["unit"] = member.getUnit();
     if (_raw.getSize() < offset + byteCount) {
       row["note"] = "beyond the end of the input";

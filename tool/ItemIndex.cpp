@@ -62,10 +62,12 @@ void ItemIndex::onElement(const xml::Element& element, const xml::Attributes& at
 
   const std::string* id = attributes.find("id");
   const std::string name = id == nullptr ? std::string() : *id;
+  const std::string* summary = attributes.find("summary");
   _items.push_back({row->kind,
                     row->kind == ResourceType::Fp ? TypeId::stripPrefix(name) : name,
                     numberOf(attributes, "idx"),
                     numberOf(attributes, "key"),
+                    summary == nullptr ? std::string() : *summary,
                     getLine(),
                     {}});
 }

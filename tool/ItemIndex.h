@@ -24,6 +24,7 @@ class ItemIndex : private xml::XmlParser {
     std::string name;  // as a group knows it
     std::optional<std::int32_t> index;
     std::optional<std::int32_t> key;  // of a profile
+    std::string summary;              // what the item is for; may be empty
     unsigned long line;
     std::vector<Enumerator> enumerators;  // of an enumeration
   };

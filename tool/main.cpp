@@ -39,6 +39,7 @@ struct Arguments {
   std::string type;
   std::vector<std::string> types;
   std::vector<std::string> hexPieces;
+  std::vector<std::string> words;
   std::string hex;
   std::string json;
   std::string path;
@@ -75,7 +76,7 @@ void addOptions(CLI::App& app, Options& options) {
                "Encode: refuse numbers out of range instead of cutting them");
   app.add_flag("--any-length", options.acceptAnyLength, "Take input of any length");
   app.add_flag("--json", options.printJson,
-               "Print describe, explain, profile, list and check as JSON");
+               "Print what is no value (describe, explain, list, ...) as JSON");
   app.add_option("--color", options.color,
                  "Colors of explain: auto (on a terminal), always or never")
       ->check(CLI::IsMember({"auto", "always", "never"}))
@@ -150,6 +151,24 @@ void addExplainCommand(CLI::App& app, const Options& options, Arguments& argumen
   explain->callback([&] {
     Catalogue catalogue(options);
     runExplain(catalogue, arguments.type, arguments.hexPieces);
+  });
+}
+
+void addFindCommands(CLI::App& app, const Options& options, Arguments& arguments) {
+  CLI::App* guess = app.add_subcommand("guess", "Find the types that a raw value could have");
+  guess->add_option("HEX", arguments.hexPieces, "Raw value in hexadecimal")->required();
+  guess->callback([&] {
+    Catalogue catalogue(options);
+    runGuess(catalogue, arguments.hexPieces);
+  });
+
+  CLI::App* search =
+      app.add_subcommand("search", "Find types by names, units, members and enumerators");
+  search->add_option("WORD", arguments.words, "All of them have to match, in either case")
+      ->required();
+  search->callback([&] {
+    Catalogue catalogue(options);
+    runSearch(catalogue, arguments.words);
   });
 }
 
@@ -250,6 +269,7 @@ int run(int argc, char** argv) {
   addOptions(app, options);
   addValueCommands(app, options, arguments);
   addExplainCommand(app, options, arguments);
+  addFindCommands(app, options, arguments);
   addMemberCommands(app, options, arguments);
   addCatalogueCommands(app, options, arguments);
   try {

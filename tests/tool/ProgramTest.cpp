@@ -87,6 +87,7 @@ const std::vector<OutputCase> kOutputCases = {
     {"DescribesAStructure",
      {"describe", "SNVT_switch"},
      "SNVT_switch  nv 95  set 0000000000000000-0  2 bytes\n"
+     "load level together with on/off state\n"
      "  byte bit  bits  member   type\n"
      "     0        16  (value)  struct\n"
      "     0         8  value    unsigned short  raw 0..200  = 5 * 10^-1 * raw  [percent of full "

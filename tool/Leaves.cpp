@@ -1,0 +1,39 @@
+#include "tool/Leaves.h"
+
+#include "korvat/members/MemAggregate.h"
+
+namespace zavri::korvat::tool {
+
+namespace {
+
+bool isUnion(const MemberValue& access) {
+  const Member* member = access.getMember();
+  return member != nullptr && member->getKind() == Member::Kind::Aggregate &&
+         static_cast<const MemAggregate*>(member)->isUnion();
+}
+
+void addLeaves(const Value& raw, const json::Value& node, const std::string& path, bool isInUnion,
+               std::vector<Leaf>& leaves) {
+  if (node.isObject()) {
+    const bool isAlternative = isInUnion || isUnion(raw[path]);
+    for (const auto& [name, member] : node.getPropertyMap()) {
+      addLeaves(raw, member, path.empty() ? name : path + "." + name, isAlternative, leaves);
+    }
+  } else if (node.isArray()) {
+    for (unsigned i = 0; i < node.getSize(); ++i) {
+      addLeaves(raw, node[i], path + "[" + std::to_string(i) + "]", isInUnion, leaves);
+    }
+  } else {
+    leaves.push_back({path, raw[path], &node, isInUnion});
+  }
+}
+
+}  // namespace
+
+std::vector<Leaf> findLeaves(const Value& raw, const json::Value& decoded) {
+  std::vector<Leaf> leaves;
+  addLeaves(raw, decoded, "", false, leaves);
+  return leaves;
+}
+
+}  // namespace zavri::korvat::tool
