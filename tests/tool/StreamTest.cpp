@@ -168,7 +168,9 @@ TEST_P(FailingLine, KeepsItsPlace) {
   const ToolResult result =
       runTool(GetParam().arguments, good + "\n" + GetParam().input + "\n" + good + "\n");
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.errors, "korvat: 1 of 3 records failed; each has its \"error\"\n");
+  EXPECT_EQ(result.errors.rfind("korvat: 1 failed, the first in line 2: ", 0), 0u);
+  EXPECT_EQ(result.errors.substr(result.errors.find('\n') + 1),
+            "korvat: 1 of 3 records failed; each has its \"error\"\n");
   EXPECT_EQ(result.output, done + "\n" + GetParam().output + "\n" + done + "\n");
 }
 
@@ -253,7 +255,9 @@ TEST_P(FailingLineStart, KeepsItsPlace) {
   const ToolResult result = runTool(
       GetParam().arguments, kSwitchRecord + "\n" + GetParam().input + "\n" + kSwitchRecord + "\n");
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.errors, "korvat: 1 of 3 records failed; each has its \"error\"\n");
+  EXPECT_EQ(result.errors.rfind("korvat: 1 failed, the first in line 2: ", 0), 0u);
+  EXPECT_EQ(result.errors.substr(result.errors.find('\n') + 1),
+            "korvat: 1 of 3 records failed; each has its \"error\"\n");
   const std::string start = kSwitchDone + "\n" + GetParam().output;
   const std::string end = "\"}\n" + kSwitchDone + "\n";
   ASSERT_GE(result.output.size(), start.size() + end.size()) << result.output;
@@ -298,7 +302,58 @@ TEST(Stream, CountsEveryRecordThatFails) {
   const ToolResult result =
       runTool({"decode", "--stream"}, "1\n\n" + kSwitchRecord + "\n2\n" + kSwitchRecord + "\n3\n");
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.errors, "korvat: 3 of 5 records failed; each has its \"error\"\n");
+  EXPECT_EQ(result.errors,
+            "korvat: 3 failed, the first in line 1: expected a JSON object\n"
+            "korvat: 3 of 5 records failed; each has its \"error\"\n");
+}
+
+// Reasons are told apart by what is left of their messages without numbers, quoted texts and paths.
+TEST(Stream, SumsUpTheReasons) {
+  const ToolResult result =
+      runTool({"encode", "--stream", "--type", "SNVT_switch"}, R"({"value":1})"
+                                                               "\n"
+                                                               R"({"value":"a","state":1})"
+                                                               "\n\n"
+                                                               R"({"value":1,"state":"b"})"
+                                                               "\n"
+                                                               R"({"state":1})"
+                                                               "\n"
+                                                               R"({"value":1,"state":1,"c":5})"
+                                                               "\n"
+                                                               R"({"value":1,"state":{}})"
+                                                               "\n"
+                                                               R"({"value":1,"state":1})"
+                                                               "\n[");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(
+      result.errors,
+      "korvat: 3 failed, the first in line 2: cannot encode SNVT_switch: not a number: ...\n"
+      "korvat: 2 failed, the first in line 1: cannot encode SNVT_switch: a number is missing\n"
+      "korvat: 1 failed, the first in line 6: cannot encode SNVT_switch: "
+      "unknown member '...'\n"
+      "korvat: 1 failed, the first in line 9: not JSON: Invalid value. (byte N)\n"
+      "korvat: 7 of 8 records failed; each has its \"error\"\n");
+}
+
+// Twelve reasons, the last of them twice.
+TEST(Stream, ShowsTheTenMostFrequentReasons) {
+  const Words types = {"amp",    "amp_mil", "angle", "count", "count_inc", "switch", "temp",
+                       "temp_p", "lux",     "press", "speed", "flow",      "flow"};
+  std::string input;
+  for (const std::string& type : types)
+    input += R"({"type":"SNVT_)" + type +
+             R"(","raw":"00"})"
+             "\n";
+  const auto lineOf = [&](int count, std::size_t line) {
+    return "korvat: " + std::to_string(count) + " failed, the first in line " +
+           std::to_string(line) + ": N byte given, but a value of SNVT_" + types[line - 1] +
+           " has N; --any-length takes it all the same\n";
+  };
+  std::string errors = lineOf(2, 12);
+  for (std::size_t line = 1; line <= 9; ++line) errors += lineOf(1, line);
+  errors += "korvat: 2 failed for 2 other reasons\n";
+  errors += "korvat: 13 of 13 records failed; each has its \"error\"\n";
+  EXPECT_EQ(runTool({"decode", "--stream"}, input).errors, errors);
 }
 
 // --- Long lines and many lines ---
@@ -328,7 +383,9 @@ TEST(Stream, RefusesALongerLineAndGoesOn) {
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output,
               "{\"error\":\"the line has more than 16777216 bytes\"}\n" + kSwitchDone + "\n");
-    EXPECT_EQ(result.errors, "korvat: 1 of 2 records failed; each has its \"error\"\n");
+    EXPECT_EQ(result.errors,
+              "korvat: 1 failed, the first in line 1: the line has more than N bytes\n"
+              "korvat: 1 of 2 records failed; each has its \"error\"\n");
   }
 }
 
