@@ -119,10 +119,10 @@ const std::vector<SchemaCase> kCases = {
     {"FloatWithLimits", floating("float", limited("", "0", "0.1") + invalid("-1")),
      R"({"anyOf":[{"type":"number","minimum":0.0,"maximum":0.1},)"
      R"({"const":-1.0,"title":"invalid"}]})"},
-    {"Double", floating("double"), R"({"type":"number"})"},
-    {"DoubleWithAMinimum", floating("double", tag("min", "-1.5")),
+    {"Double", floating("double float"), R"({"type":"number"})"},
+    {"DoubleWithAMinimum", floating("double float", tag("min", "-1.5")),
      R"({"type":"number","minimum":-1.5})"},
-    {"FloatWithANegativeFactor", floating("double", limited(scaling(-2, 0, 0), "1", "10")),
+    {"FloatWithANegativeFactor", floating("double float", limited(scaling(-2, 0, 0), "1", "10")),
      R"({"type":"number","maximum":-2.0,"minimum":-20.0})"},
 
     // --- Names ---

@@ -152,7 +152,7 @@ TEST(ShapeOfFloats, KnowsTheInvalidMarker) {
   TempCatalogue files;
   files.write(TypeId::StdPrefix, "nvs",
               nvt("_x", structure({{"f", floating("float", invalid("0.1"))},
-                                   {"d", floating("double", invalid("-1"))}})));
+                                   {"d", floating("double float", invalid("-1"))}})));
   // The single nearest to 0.1, and -1.
   const ToolResult result = runTool({"--catalog", files.path(), "decode", "SNVT_x",
                                      "3DCCCCCDBFF0000000000000", "--null-invalid", "--raw-too"});

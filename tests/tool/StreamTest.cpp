@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <thread>
 #include <utility>
@@ -466,7 +467,8 @@ struct Ending {
 // A program that runs by itself: nobody has to read what it writes.
 class RunningTool {
  public:
-  RunningTool(const Words& arguments, int input, int output) {
+  // `errors` takes its standard error; without it, that is part of the ending.
+  RunningTool(const Words& arguments, int input, int output, int errors = -1) {
     Words words{KORVAT_TOOL};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
@@ -477,7 +479,8 @@ class RunningTool {
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, fileno(_errors), STDERR_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, errors < 0 ? fileno(_errors) : errors,
+                                     STDERR_FILENO);
     _isStarted =
         posix_spawn(&_process, KORVAT_TOOL, &actions, nullptr, pointers.data(), environ) == 0;
     posix_spawn_file_actions_destroy(&actions);
@@ -598,6 +601,141 @@ TEST(Stream, AnswersEachLineAtOnce) {
   input.closeWriter();
   const Ending ending = tool.wait();
   EXPECT_EQ(ending.status, 0);
+}
+
+// --- Terminals and pipes ---
+
+// A file without a name that holds a text.
+class TextFile {
+ public:
+  explicit TextFile(const std::string& text = "") {
+    std::fwrite(text.data(), 1, text.size(), _file);
+    std::rewind(_file);
+  }
+  TextFile(const TextFile&) = delete;
+  TextFile& operator=(const TextFile&) = delete;
+  ~TextFile() { std::fclose(_file); }
+
+  int getNumber() const { return fileno(_file); }
+
+  std::string readAll() {
+    std::string text;
+    std::rewind(_file);
+    for (int c = 0; (c = std::fgetc(_file)) != EOF;) text += static_cast<char>(c);
+    return text;
+  }
+
+ private:
+  std::FILE* _file = std::tmpfile();
+};
+
+// What a program writes to a terminal.
+class Terminal {
+ public:
+  Terminal() : _reader(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+    if (_reader < 0 || grantpt(_reader) != 0 || unlockpt(_reader) != 0) return;
+    _writer = open(ptsname(_reader), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+  ~Terminal() {
+    if (_writer >= 0) close(_writer);
+    if (_reader >= 0) close(_reader);
+  }
+
+  int getNumber() const { return _writer; }
+
+  std::string readAll() {
+    std::string text;
+    char block[4096];
+    pollfd ready{_reader, POLLIN, 0};
+    while (poll(&ready, 1, 0) == 1 && (ready.revents & POLLIN) != 0) {
+      const ssize_t size = read(_reader, block, sizeof block);
+      if (size <= 0) break;
+      text.append(block, static_cast<std::size_t>(size));
+    }
+    return text;
+  }
+
+ private:
+  int _reader;
+  int _writer = -1;
+};
+
+const std::string kErase = "\r\033[K";
+
+TEST(StreamProgress, IsShownOnATerminalAndErased) {
+  Terminal terminal;
+  ASSERT_GE(terminal.getNumber(), 0);
+  const TextFile input("C801\nC8\n0000\n");
+  TextFile output;
+  const Ending ending = RunningTool({"decode", "--stream", "--type", "SNVT_switch"},
+                                    input.getNumber(), output.getNumber(), terminal.getNumber())
+                            .wait();
+  EXPECT_EQ(ending.status, 1);
+  const std::string shown = terminal.readAll();
+  const std::string start = kErase + "3 records, 100 %, ";
+  const std::string end =
+      " a second" + kErase + "korvat: 1 failed, the first in line 2: N byte given";
+  EXPECT_EQ(shown.substr(0, start.size()), start) << shown;
+  const std::size_t digits = shown.find_first_not_of("0123456789", start.size());
+  EXPECT_GT(digits, start.size());
+  EXPECT_EQ(shown.substr(digits, end.size()), end) << shown;
+  EXPECT_EQ(std::count(shown.begin(), shown.end(), '\n'), 2);
+}
+
+TEST(StreamProgress, IsNotShownWhereTheOutputIs) {
+  Terminal terminal;
+  ASSERT_GE(terminal.getNumber(), 0);
+  const TextFile input("C801\n");
+  const Ending ending = RunningTool({"decode", "--stream", "--type", "SNVT_switch"},
+                                    input.getNumber(), terminal.getNumber(), terminal.getNumber())
+                            .wait();
+  EXPECT_EQ(ending.status, 0);
+  EXPECT_EQ(terminal.readAll(), "{\"value\":100.0,\"state\":1}\r\n");
+}
+
+TEST(StreamProgress, IsNotShownForAPipe) {
+  Terminal terminal;
+  Pipe input;
+  ASSERT_TRUE(terminal.getNumber() >= 0 && input.isOpen);
+  ASSERT_EQ(write(input.ends[1], "C801\n", 5), 5);
+  TextFile output;
+  RunningTool tool({"decode", "--stream", "--type", "SNVT_switch"}, input.ends[0],
+                   output.getNumber(), terminal.getNumber());
+  input.closeWriter();
+  EXPECT_EQ(tool.wait().status, 0);
+  EXPECT_EQ(output.readAll(), "{\"value\":100.0,\"state\":1}\n");
+  EXPECT_EQ(terminal.readAll(), "");
+}
+
+TEST(StreamOfRows, GoesThroughAPipe) {
+  std::string input = "n,raw,note\n";
+  std::string output = "n,raw,note,value,error\n";
+  for (unsigned i = 0; i < 20'000; ++i) {
+    char raw[5];
+    std::snprintf(raw, sizeof raw, "%04X", i);
+    const std::string row = std::to_string(i) + "," + raw + ",\"" + std::string(i % 97, 'x') +
+                            "\n\"\"" + std::string(i % 13, ',') + "\"";
+    input += row + "\n";
+    output += row + "," + std::to_string(i) + ",\n";
+  }
+  Pipe pipe;
+  ASSERT_TRUE(pipe.isOpen);
+  TextFile shown;
+  RunningTool tool({"decode", "--stream", "--type", "SNVT_count", "--csv-in", "--csv"},
+                   pipe.ends[0], shown.getNumber());
+  pipe.closeReader();
+  for (std::size_t begin = 0; begin < input.size();) {
+    const ssize_t size = write(pipe.ends[1], input.data() + begin, input.size() - begin);
+    ASSERT_GT(size, 0);
+    begin += static_cast<std::size_t>(size);
+  }
+  pipe.closeWriter();
+  const Ending ending = tool.wait();
+  EXPECT_EQ(ending.status, 0);
+  EXPECT_EQ(ending.errors, "");
+  EXPECT_TRUE(shown.readAll() == output);
 }
 
 }  // namespace
