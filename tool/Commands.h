@@ -64,6 +64,9 @@ void runEncodeStream(Catalogue& catalogue, const StreamOptions& options);
 // enumeration. `withTrees` also shows what each format is parsed into.
 void runDescribe(Catalogue& catalogue, const std::string& type, bool withTrees);
 
+// The bit grid of a type's layout as a picture, in a file or, for "-", on standard output.
+void runDescribeAsPicture(Catalogue& catalogue, const std::string& type, const std::string& path);
+
 // The JSON Schema of the JSON that a type converts to and from, see makeSchema(); of several types
 // one line each.
 void runSchema(Catalogue& catalogue, const std::vector<std::string>& types);

@@ -1,9 +1,12 @@
 #include "tool/Commands.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
 #include <map>
 
 #include "korvat/base/StringUtils.h"
@@ -15,6 +18,7 @@
 #include "korvat/members/MemScalar.h"
 #include "korvat/types/CpType.h"
 #include "korvat/types/EnumType.h"
+#include "tool/BitGrid.h"
 #include "tool/Failure.h"
 #include "tool/Layout.h"
 #include "tool/ScalingText.h"
@@ -236,7 +240,15 @@ std::string itemLines(const json::Value& items) {
   return lines;
 }
 
-std::string toText(const json::Value& type) {
+// The grid of a layout that can be taken in at a glance.
+std::string gridText(Catalogue& catalogue, const VarType& type) {
+  constexpr std::size_t kMostLines = 200;
+  if (type.getMember() == nullptr) return "";
+  const std::vector<GridLine> lines = makeBitGrid(makeLayout(catalogue.getManager(), type));
+  return lines.size() > kMostLines ? "" : drawText(lines);
+}
+
+std::string toText(const json::Value& type, const std::string& grid) {
   const bool isEnum = !type["items"].isNull();
   std::string text = type["name"].asString() + "  " + type["kind"].asString() + " " +
                      type["index"].asString() + "  set " + type["set"].asString();
@@ -251,6 +263,7 @@ std::string toText(const json::Value& type) {
   if (!isEnum && type["members"].getSize() == 0) {
     text += "  no layout of its own: it takes the type of the network variable it applies to\n";
   }
+  text += grid;
   for (const auto& [name, items] : type["enums"].getPropertyMap()) {
     text += "enum " + name + "\n" + itemLines(items);
   }
@@ -266,9 +279,29 @@ std::string toText(const json::Value& type) {
 }  // namespace
 
 void runDescribe(Catalogue& catalogue, const std::string& type, bool withTrees) {
-  const json::Value described = describeType(catalogue, catalogue.findType(type), withTrees);
-  const bool asJson = catalogue.getOptions().printJson;
-  std::fputs((asJson ? described.stringify(2) + "\n" : toText(described)).c_str(), stdout);
+  const BaseType& found = catalogue.findType(type);
+  const json::Value described = describeType(catalogue, found, withTrees);
+  std::string text = described.stringify(2) + "\n";
+  if (!catalogue.getOptions().printJson) {
+    const auto* varType = dynamic_cast<const VarType*>(&found);
+    text = toText(described, varType == nullptr ? "" : gridText(catalogue, *varType));
+  }
+  std::fputs(text.c_str(), stdout);
+}
+
+void runDescribeAsPicture(Catalogue& catalogue, const std::string& typeName,
+                          const std::string& path) {
+  const VarType& type = catalogue.findVarType(typeName);
+  const std::string title = displayName(type) + ", " + bytesText(catalogue.getSize(type));
+  const std::string picture = drawSvg(title, makeBitGrid(makeLayout(catalogue.getManager(), type)));
+  if (path == "-") {
+    std::fputs(picture.c_str(), stdout);
+    return;
+  }
+  std::ofstream file(path, std::ios::binary);
+  file << picture;
+  file.close();
+  if (!file) throw Failure(kProblem, "cannot write '" + path + "': " + std::strerror(errno));
 }
 
 }  // namespace zavri::korvat::tool

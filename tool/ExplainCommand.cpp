@@ -212,26 +212,25 @@ std::string toText(const VarType& type, const base::Buffer& raw, const json::Val
   const auto pathText = [](const json::Value& row) {
     return row["path"].asString().empty() ? std::string("(value)") : row["path"].asString();
   };
-  const auto bytesText = [isAligned](const json::Value& row) {
+  const auto placeText = [isAligned](const json::Value& row) {
     const std::string bytes = spaced(row["bytes"].asString());
     const auto offset = static_cast<std::size_t>(row["byte"].asInt32());
     if (isAligned) return std::string(3 * offset, ' ') + bytes;
     return rightAlign(row["byte"].asString(), 4) + "  " + bytes;
   };
   for (unsigned i = 0; i < rows.getSize(); ++i) {
-    bytesWidth = std::max(bytesWidth, bytesText(rows[i]).size());
+    bytesWidth = std::max(bytesWidth, placeText(rows[i]).size());
     bitsWidth = std::max(bitsWidth, bitsText(rows[i]).size());
     pathWidth = std::max(pathWidth, pathText(rows[i]).size());
     valueWidth = std::max(valueWidth, valueText(rows[i]).size());
   }
 
   std::string text = displayName(type) + "  " + resourceTypeName(type.getTypeId().getType()) + " " +
-                     std::to_string(type.getIndex()) + "  " + std::to_string(raw.getSize()) +
-                     (raw.getSize() == 1 ? " byte\n" : " bytes\n");
+                     std::to_string(type.getIndex()) + "  " + bytesText(raw.getSize()) + "\n";
   if (isAligned) text += hex + "\n";
   for (unsigned i = 0; i < rows.getSize(); ++i) {
     const json::Value& row = rows[i];
-    std::string line = pad(bytesText(row), bytesWidth) + "  ";
+    std::string line = pad(placeText(row), bytesWidth) + "  ";
     if (bitsWidth > 0) line += pad(bitsText(row), bitsWidth) + "  ";
     line += colors.member(pad(pathText(row), pathWidth)) + "  " +
             colors.value(pad(valueText(row), valueWidth)) + "  " + rawText(row);

@@ -24,6 +24,11 @@ inline std::string join(const std::vector<std::string>& words) {
   return text;
 }
 
+// "1 byte", "2 bytes"
+inline std::string bytesText(std::size_t count) {
+  return std::to_string(count) + (count == 1 ? " byte" : " bytes");
+}
+
 // One line of output, without blanks at its end.
 inline std::string toLine(const std::string& text) {
   return text.substr(0, text.find_last_not_of(' ') + 1) + "\n";

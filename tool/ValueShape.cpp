@@ -152,7 +152,10 @@ ValueShape::ValueShape(Catalogue& catalogue, const ShapeOptions& options)
                   "--enum, --raw-too and --null-invalid need arrays at their full size: they do "
                   "not go with --dynamic-arrays");
   }
-  for (const std::string& path : options.paths) _paths.emplace_back(path);
+  for (const std::string& path : options.paths) {
+    if (path.empty()) throw Failure(kWrongUsage, "--select needs the path of a member");
+    _paths.emplace_back(path);
+  }
 }
 
 // True for a chosen member and all that is inside it.

@@ -52,6 +52,7 @@ struct Arguments {
   bool isText = false;
   std::string formatName;
   bool withFormatTrees = false;
+  std::string picture;
   bool isStream = false;
   StreamOptions stream;
   std::string profile;
@@ -255,10 +256,19 @@ void addMemberCommands(CLI::App& app, const Options& options, Arguments& argumen
 void addCatalogueCommands(CLI::App& app, Options& options, Arguments& arguments) {
   CLI::App* describe = app.add_subcommand("describe", "Show the layout of a type");
   describe->add_option("TYPE", arguments.type, kTypeHelp)->required();
-  describe->add_flag("--formats", arguments.withFormatTrees,
-                     "Also show what each display format is parsed into");
-  describe->callback([&] {
+  CLI::Option* trees = describe->add_flag("--formats", arguments.withFormatTrees,
+                                          "Also show what each display format is parsed into");
+  CLI::Option* picture =
+      describe
+          ->add_option("--svg", arguments.picture,
+                       "Write the bit grid as a picture to this file; - is standard output")
+          ->type_name("FILE")
+          ->excludes(trees);
+  describe->callback([&, picture] {
     Catalogue catalogue(options);
+    if (picture->count() > 0) {
+      return runDescribeAsPicture(catalogue, arguments.type, arguments.picture);
+    }
     runDescribe(catalogue, arguments.type, arguments.withFormatTrees);
   });
 

@@ -218,6 +218,7 @@ const std::vector<UsageCase> kUsageCases = {
      {"decode", "--stream", "--type", "SNVT_alarm", "--select", "location[6]"},
      1,
      "no element [6] at path 'location[6]'; there are 6"},
+    {"EmptyPath", {"decode", "SNVT_switch", "C801", "--select", ""}, 2, "needs the path"},
     {"UnknownForm", {"decode", "SNVT_switch", "C801", "--enum", "all"}, 2, "--enum"},
     {"DynamicArrays",
      {"decode", "SNVT_switch", "C801", "--raw-too", "--dynamic-arrays"},
