@@ -210,6 +210,16 @@ TEST_F(CsvOfOurOwn, HasColumnsForStructuresInAnArray) {
             "raw,[1].a,[1].a.raw,[1].p,[1].p.number,[1].p.raw,error\n0500070A,7,7,,10,10,\n");
 }
 
+TEST_F(CsvOfOurOwn, RefusesATypeOfTooManyMembers) {
+  _files.write(TypeId::StdPrefix, "nvs", nvt("_x", scalar("unsigned short", arraySize(20'001))));
+  const ToolResult result = decode({"--type", "SNVT_x"}, "");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.errors,
+            "korvat: SNVT_x has more than 20000 members: choose some with --select\n");
+  EXPECT_EQ(decode({"--type", "SNVT_x", "--select", "[20000]"}, "").output, "[20000],error\n");
+}
+
 // --- Rows that fail ---
 
 class FailingCsv : public testing::TestWithParam<CsvCase> {};
@@ -273,6 +283,16 @@ TEST(Csv, WaitsForARecordThatTellsTheColumns) {
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.output.rfind("type,raw,state,error\n,,,not JSON: ", 0), 0u) << result.output;
   EXPECT_EQ(result.output.substr(result.output.size() - 20), "SNVT_switch,C801,1,\n");
+}
+
+TEST(Csv, WaitsForNoMoreThanAThousandErrors) {
+  std::string input;
+  for (int i = 0; i < 1001; ++i) input += "[]\n";
+  const ToolResult result = runTool(plus(kToRows, {"--select", "state"}),
+                                    input + "{\"type\":\"SNVT_switch\",\"raw\":\"C801\"}\n");
+  std::string output = "state,error\n";
+  for (int i = 0; i < 1001; ++i) output += ",expected a JSON object\n";
+  EXPECT_EQ(result.output, output + "1,\n");
 }
 
 TEST(Csv, TakesNoValueOfAnotherTypeThanThatOfItsColumns) {
