@@ -11,7 +11,7 @@ namespace zavri::korvat::tool {
 
 namespace {
 
-constexpr std::size_t kBlockSize = 256 * 1024;  // bytes read at once
+constexpr std::size_t kBlockSize = std::size_t{256} * 1024;  // bytes read at once
 
 }  // namespace
 

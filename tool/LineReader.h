@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -11,7 +12,7 @@ namespace zavri::korvat::tool {
 class LineReader {
  public:
   // Bytes; a longer line arrives as its beginning, one byte too long.
-  static constexpr std::size_t kLongestLine = 16 * 1024 * 1024;
+  static constexpr std::size_t kLongestLine = std::size_t{16} * 1024 * 1024;
 
   using LineCallback = std::function<bool(std::string_view)>;
   using PauseCallback = std::function<bool()>;

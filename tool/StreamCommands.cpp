@@ -25,7 +25,7 @@ namespace zavri::korvat::tool {
 
 namespace {
 
-constexpr std::size_t kBlockSize = 256 * 1024;  // bytes written at once
+constexpr std::size_t kBlockSize = std::size_t{256} * 1024;  // bytes written at once
 
 // Collects output and writes it in large pieces. False once the reader has gone away.
 class Output {
@@ -347,9 +347,9 @@ class EncodeStream : public Stream {
   }
 
   void wrapBare(std::string_view, json::Value& record) override {
-    json::Value value = std::move(record);
-    record.clear();
-    record["value"] = std::move(value);
+    json::Value wrapped;
+    wrapped["value"] = std::move(record);
+    record = std::move(wrapped);
   }
 
   // A record has a value and names its type, or has been decoded; any other JSON is a value itself.

@@ -5,7 +5,6 @@
 #include "korvat/members/MemBitfield.h"
 #include "korvat/members/MemFloat.h"
 #include "korvat/members/MemScalar.h"
-#include "korvat/members/RawCodec.h"
 
 namespace zavri::korvat::tool {
 
@@ -118,13 +117,25 @@ void changeEnum(const Leaf& leaf, EnumForm form, json::Value& shown) {
   shown = both;
 }
 
+// Lets arrays have their full size for a while.
+class FullArrays {
+ public:
+  explicit FullArrays(TypeManager& manager)
+      : _manager(manager), _isDynamic(manager.getUseDynamicArrays()) {
+    _manager.setUseDynamicArrays(false);
+  }
+  FullArrays(const FullArrays&) = delete;
+  FullArrays& operator=(const FullArrays&) = delete;
+  ~FullArrays() { _manager.setUseDynamicArrays(_isDynamic); }
+
+ private:
+  TypeManager& _manager;
+  bool _isDynamic;
+};
+
 json::Value decodeZeros(Catalogue& catalogue, const VarType& type, const base::Buffer& raw) {
-  TypeManager& manager = catalogue.getManager();
-  const bool isDynamic = manager.getUseDynamicArrays();
-  manager.setUseDynamicArrays(false);
-  const json::Value decoded = catalogue.decode(type, raw);
-  manager.setUseDynamicArrays(isDynamic);
-  return decoded;
+  const FullArrays whileDecoding(catalogue.getManager());
+  return catalogue.decode(type, raw);
 }
 
 base::Buffer makeZeros(unsigned byteCount) {
