@@ -18,7 +18,13 @@ contents=(
   'libkorvat-dev usr/lib/pkgconfig/korvat.pc'
   'libkorvat-dev usr/lib/cmake/korvat/korvatConfig.cmake'
   'libkorvat-dev usr/include/korvat/types/TypeManager.h'
+  'libkorvat-dev usr/share/man/man3/libkorvat.3.gz'
   'korvat        usr/bin/korvat'
+  'korvat        usr/share/bash-completion/completions/korvat'
+  'korvat        usr/share/zsh/vendor-completions/_korvat'
+  'korvat        usr/share/fish/vendor_completions.d/korvat.fish'
+  'korvat        usr/share/man/man1/korvat.1.gz'
+  'korvat        usr/share/man/man5/korvat-catalogue.5.gz'
 )
 
 # Package and what stands in its field Depends, @ for its own version.

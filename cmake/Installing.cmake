@@ -52,4 +52,46 @@ install(FILES ${PROJECT_BINARY_DIR}/korvat.pc DESTINATION ${pkgConfigDir} COMPON
 
 if(TARGET korvat_tool)
   install(TARGETS korvat_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
+
+  # Shell, and where it looks for what completes the program, under the name that it asks for.
+  set(completions
+    "bash bash-completion/completions/korvat"
+    "zsh zsh/vendor-completions/_korvat"
+    "fish fish/vendor_completions.d/korvat.fish")
+  foreach(row ${completions})
+    string(REPLACE " " ";" row ${row})
+    list(GET row 0 shell)
+    list(GET row 1 place)
+    set(script ${PROJECT_BINARY_DIR}/completions/${place})
+    get_filename_component(folder ${place} DIRECTORY)
+    file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/completions/${folder})
+    add_custom_command(OUTPUT ${script} COMMAND korvat_tool completion ${shell} > ${script} VERBATIM)
+    install(FILES ${script} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder} COMPONENT program)
+    list(APPEND generatedFiles ${script})
+  endforeach()
 endif()
+
+# --- Manual pages ---
+
+# Page and component. Pages are installed compressed, as Debian has them.
+set(manualPages "libkorvat.3 development")
+if(TARGET korvat_tool)
+  list(APPEND manualPages "korvat.1 program" "korvat-catalogue.5 program")
+endif()
+find_program(GZIP gzip REQUIRED)
+file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/man)
+foreach(row ${manualPages})
+  string(REPLACE " " ";" row ${row})
+  list(GET row 0 page)
+  list(GET row 1 component)
+  set(source ${PROJECT_SOURCE_DIR}/docs/man/${page})
+  set(compressed ${PROJECT_BINARY_DIR}/man/${page}.gz)
+  string(REGEX MATCH "[0-9]$" section ${page})
+  add_custom_command(OUTPUT ${compressed}
+    COMMAND ${GZIP} -9nc ${source} > ${compressed} DEPENDS ${source} VERBATIM)
+  install(FILES ${compressed} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section}
+    COMPONENT ${component})
+  list(APPEND generatedFiles ${compressed})
+endforeach()
+
+add_custom_target(korvat_generated ALL DEPENDS ${generatedFiles})

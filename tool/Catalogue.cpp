@@ -12,7 +12,11 @@
 #include "korvat/members/MemRef.h"
 #include "korvat/types/EnumType.h"
 #include "korvat/types/ResourceFileSet.h"
+#include "tool/EncodeProblem.h"
 #include "tool/Failure.h"
+#include "tool/Layout.h"
+#include "tool/NearestName.h"
+#include "tool/TextTable.h"
 
 namespace zavri::korvat::tool {
 
@@ -29,10 +33,6 @@ std::string findDefaultFolder() {
     if (std::filesystem::is_directory(installed, error)) return installed.lexically_normal();
   }
   return KORVAT_SOURCE_CATALOG;
-}
-
-std::string plural(std::size_t count, const std::string& noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 // True when `test` holds for the member or one inside it, references followed. To be called for a
@@ -128,13 +128,31 @@ const BaseType& Catalogue::findType(const std::string& text) {
         _manager.getResourceFileSet(id.getPrefix()).getGroup(id.getType(), false, &_manager) !=
             nullptr;
     if (isLoaded) _lastWarning.clear();
-    throw Failure(kNotFound, "unknown type '" + text + "': no " +
-                                 resourceTypeName(id ? id.getType() : ResourceType::Enum) +
-                                 " type of that name in set " +
-                                 (id.getPrefix().empty() ? "(none)" : id.getPrefix()) + " of '" +
-                                 _folder + "'" + takeReason() + "; see 'korvat list'");
+    throw unknownType(text, id);
   }
   return *type;
+}
+
+Failure Catalogue::unknownType(const std::string& text, const TypeId& id) {
+  std::vector<std::string> names;
+  for (const ResourceType kind :
+       {ResourceType::Nv, ResourceType::Cp, ResourceType::Enum, ResourceType::Fp}) {
+    const ResourceGroup* group =
+        id ? _manager.getResourceFileSet(id.getPrefix()).getGroup(kind, false, &_manager) : nullptr;
+    if (group == nullptr) continue;
+    for (const auto& [name, type] : group->getTypesByName()) names.push_back(displayName(*type));
+  }
+  const std::size_t slash = text.rfind('/');
+  const std::string name = slash == std::string::npos ? text : text.substr(slash + 1);
+  const std::vector<std::string> nearest = findNearest(name, names);
+  const std::string advice = nearest.empty() ? "; see 'korvat list'" : didYouMean(nearest);
+  return Failure(kNotFound, "unknown type '" + text + "': no " +
+                                resourceTypeName(id ? id.getType() : ResourceType::Enum) +
+                                " type of that name in set " +
+                                (id.getPrefix().empty() ? "(none)" : id.getPrefix()) + " of '" +
+                                _folder + "'" + takeReason() + advice)
+      .with("given", text)
+      .with("nearest", nearest);
 }
 
 const VarType& Catalogue::findVarType(const std::string& text) {
@@ -188,13 +206,20 @@ base::Buffer Catalogue::readHex(const std::string& text) const {
     const bool isDigit = util::hexValue(text[i]) >= 0;
     if (!isDigit && !util::isBlank(text[i])) {
       throw Failure(kProblem, "'" + text + "' is not hexadecimal: '" + text[i] + "' at position " +
-                                  std::to_string(i + 1) + "; expected digits 0-9, A-F");
+                                  std::to_string(i + 1) + " (byte " + std::to_string(digits / 2) +
+                                  "); expected digits 0-9, A-F")
+          .with("given", text)
+          .with("byte", static_cast<std::int32_t>(digits / 2))
+          .with("expected", "hexadecimal digits 0-9, A-F");
     }
     if (isDigit) ++digits;
   }
   if (digits != 2 * std::size_t{byteCount}) {
-    throw Failure(kProblem, "'" + text + "' is not whole bytes: " + plural(digits, "digit") +
-                                " given, expected an even number");
+    throw Failure(kProblem, "'" + text + "' is not whole bytes: " + std::to_string(digits) +
+                                (digits == 1 ? " digit" : " digits") +
+                                " given, expected an even number")
+        .with("given", text)
+        .with("expected", "an even number of hexadecimal digits");
   }
   return buffer;
 }
@@ -207,9 +232,25 @@ void Catalogue::checkLength(const VarType& type, const base::Buffer& buffer) {
 
   const bool mayBeShorter = _options.useDynamicArrays && facts.hasDynamicArray;
   if (mayBeShorter && buffer.getSize() < expected) return;
-  throw Failure(kProblem, plural(buffer.getSize(), "byte") + " given, but a value of " +
+  throw Failure(kProblem, bytesText(buffer.getSize()) + " given, but a value of " +
                               displayName(type) + " has " + (mayBeShorter ? "at most " : "") +
-                              std::to_string(expected) + "; --any-length takes it all the same");
+                              std::to_string(expected) + missingMember(type, buffer.getSize()) +
+                              "; --any-length takes it all the same")
+      .with("type", displayName(type))
+      .with("given", bytesText(buffer.getSize()))
+      .with("expected", bytesText(expected));
+}
+
+std::string Catalogue::missingMember(const VarType& type, unsigned byteCount) {
+  for (const LayoutRow& row : makeLayout(_manager, type)) {
+    const unsigned elements = row.member->isArray() ? row.member->getArraySize() : 1;
+    const bool isLeaf = row.member->getKind() != Member::Kind::Aggregate;
+    if (!isLeaf || row.byteOffset + (row.bitCount * elements + 7) / 8 <= byteCount) continue;
+    return row.path.empty()
+               ? ""
+               : ": '" + row.path + "' at byte " + std::to_string(row.byteOffset) + " is not there";
+  }
+  return "";
 }
 
 json::Value Catalogue::decode(const VarType& type, const base::Buffer& buffer) {
@@ -221,16 +262,14 @@ json::Value Catalogue::decode(const VarType& type, const base::Buffer& buffer) {
   return value;
 }
 
-Failure Catalogue::encodeFailure(const VarType& type, const JsonConverter& converter) {
-  std::string message = "cannot encode " + displayName(type);
-  if (converter.getProblems().empty()) return Failure(kProblem, message + takeReason());
-
-  const JsonConverter::Problem& problem = converter.getProblems().front();
-  message += ": " + (problem.path.empty() ? "" : problem.path + ": ") + problem.text;
-  if (const std::size_t more = converter.getProblems().size() - 1; more > 0) {
-    message += " (and " + plural(more, "more problem") + ")";
+Failure Catalogue::encodeFailure(const VarType& type, const json::Value& value,
+                                 const JsonConverter& converter) {
+  const auto& problems = converter.getProblems();
+  if (!problems.empty()) {
+    return explainProblem(*this, type, value, problems.front(), problems.size() - 1);
   }
-  return Failure(kProblem, message);
+  return Failure(kProblem, "cannot encode " + displayName(type) + takeReason())
+      .with("type", displayName(type));
 }
 
 base::Buffer Catalogue::encode(const VarType& type, const json::Value& value) {
@@ -238,7 +277,7 @@ base::Buffer Catalogue::encode(const VarType& type, const json::Value& value) {
   JsonConverter first(&_manager, type, _options.order, false);
   base::Buffer raw;
   if (!first.jsonToRaw(value, raw) || !first.getProblems().empty()) {
-    throw encodeFailure(type, first);
+    throw encodeFailure(type, value, first);
   }
   if (!getFacts(type).hasUnion || _options.useUnionHex) return raw;
 
@@ -249,7 +288,7 @@ base::Buffer Catalogue::encode(const VarType& type, const json::Value& value) {
   JsonConverter all(&_manager, type, _options.order, true);
   base::Buffer together;
   if (!all.jsonToRaw(value, together) || !all.getProblems().empty()) {
-    throw encodeFailure(type, all);
+    throw encodeFailure(type, value, all);
   }
   if (together == raw || decode(type, together) == value) return together;
   throw Failure(kProblem,
@@ -263,7 +302,7 @@ void Catalogue::patch(const VarType& type, const json::Value& value, base::Buffe
   JsonConverter converter(&_manager, type, _options.order, true);
   base::Buffer changed = buffer;
   if (!converter.patchRaw(value, changed) || !converter.getProblems().empty()) {
-    throw encodeFailure(type, converter);
+    throw encodeFailure(type, value, converter);
   }
   buffer = changed;
 }

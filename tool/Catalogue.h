@@ -63,8 +63,12 @@ class Catalogue {
     bool hasUnion = false;
   };
 
+  Failure unknownType(const std::string& text, const TypeId& id);
   const Facts& getFacts(const VarType& type);
-  Failure encodeFailure(const VarType& type, const JsonConverter& converter);
+  Failure encodeFailure(const VarType& type, const json::Value& value,
+                        const JsonConverter& converter);
+  // The first member of a value that is too short for it, for the end of an error message.
+  std::string missingMember(const VarType& type, unsigned byteCount);
   // The last warning of the library, in brackets, for the end of an error message; may be empty.
   std::string takeReason();
 

@@ -50,11 +50,9 @@ class Explanation {
     row["path"] = leaf.path;
     const Member& member = *access.getMember();
     const unsigned elementSize = (member.getElementBitCount(&_manager) + 7) / 8;
-    const std::int32_t element = access.getElementIndex();
-    const bool isWhole = member.isArray() && element < 0;
+    const bool isWhole = member.isArray() && access.getElementIndex() < 0;
     const unsigned byteCount = isWhole ? elementSize * member.getArraySize() : elementSize;
-    const auto skipped = static_cast<unsigned>(std::max(element, 0)) * elementSize;
-    const unsigned offset = static_cast<unsigned>(access.getByteOffset()) + skipped;
+    const unsigned offset = firstByteOf(_manager, access);
     row["byte"] = offset;
     row["bytes"] = bytesAt(offset, byteCount);
     row["value"] = *leaf.shown;

@@ -67,6 +67,11 @@ std::string toReason(const std::string& message) {
   while (i < text.size()) {
     const char c = text[i];
     const bool isDigit = std::isdigit(static_cast<unsigned char>(c)) != 0;
+    if (text.compare(i, 2, "; ") == 0) return reason;  // a hint follows
+    if (text.compare(i, 7, " (byte ") == 0 && text.find(')', i) != std::string::npos) {
+      i = text.find(')', i) + 1;
+      continue;
+    }
     for (const std::string_view lead : kLeads) {
       if (text.compare(i, lead.size(), lead) == 0) return reason + std::string(lead) + "...";
     }

@@ -32,7 +32,7 @@ class FailureSummary {
 };
 
 // What failures with messages of one form have in common: numbers stand as N, quoted texts as '...'
-// or "...", and a member's path is left out.
+// or "..."; a member's path, its byte and what is said to help are left out.
 std::string toReason(const std::string& message);
 
 }  // namespace zavri::korvat::tool

@@ -83,7 +83,7 @@ class Guess {
       }
       case Member::Kind::Bitfield: {
         const auto& field = static_cast<const MemBitfield&>(member);
-        const auto offset = static_cast<unsigned>(leaf.access.getByteOffset());
+        const unsigned offset = firstByteOf(_manager, leaf.access);
         if (offset >= raw.getSize()) return 0;
         return evidenceOfInteger(field, readBits(raw.getData()[offset], field.getSlot()),
                                  field.getSlot().width);

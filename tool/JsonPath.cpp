@@ -5,16 +5,15 @@
 
 #include "korvat/base/StringUtils.h"
 #include "tool/Failure.h"
+#include "tool/NearestName.h"
 
 namespace zavri::korvat::tool {
 
 namespace {
 
-std::string memberNames(const json::Value& object) {
-  std::string names;
-  for (const auto& [name, value] : object.getPropertyMap()) {
-    names += (names.empty() ? "" : ", ") + name;
-  }
+std::vector<std::string> memberNames(const json::Value& object) {
+  std::vector<std::string> names;
+  for (const auto& [name, value] : object.getPropertyMap()) names.push_back(name);
   return names;
 }
 
@@ -22,9 +21,16 @@ const json::Value& getMember(const json::Value& node, const std::string& name,
                              const std::string& path) {
   const json::Value* member = node.getPropertyMap().find(name);
   if (member != nullptr) return *member;
+  const std::vector<std::string> names = memberNames(node);
+  const std::vector<std::string> nearest = findNearest(name, names);
   const std::string expected =
-      node.isObject() ? "expected one of: " + memberNames(node) : "there are no members here";
-  throw Failure(kProblem, "no member '" + name + "' at path '" + path + "'; " + expected);
+      node.isObject() ? "expected one of: " + joinNames(names) : "there are no members here";
+  throw Failure(kProblem, "no member '" + name + "' at path '" + path + "'; " + expected +
+                              didYouMean(nearest))
+      .with("member", path)
+      .with("given", name)
+      .with("expected", names)
+      .with("nearest", nearest);
 }
 
 }  // namespace

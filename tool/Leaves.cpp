@@ -36,4 +36,11 @@ std::vector<Leaf> findLeaves(const Value& raw, const json::Value& decoded) {
   return leaves;
 }
 
+unsigned firstByteOf(TypeManager& manager, const MemberValue& place) {
+  const auto begin = static_cast<unsigned>(place.getByteOffset());
+  if (place.getElementIndex() < 0) return begin;
+  const unsigned elementSize = (place.getMember()->getElementBitCount(&manager) + 7) / 8;
+  return begin + static_cast<unsigned>(place.getElementIndex()) * elementSize;
+}
+
 }  // namespace zavri::korvat::tool

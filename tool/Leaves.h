@@ -20,4 +20,7 @@ struct Leaf {
 // size, and outlive the result together with `decoded`.
 std::vector<Leaf> findLeaves(const Value& raw, const json::Value& decoded);
 
+// Byte of the raw value where a member, or the element that it names, begins. Needs a valid place.
+unsigned firstByteOf(TypeManager& manager, const MemberValue& place);
+
 }  // namespace zavri::korvat::tool

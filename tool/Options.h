@@ -19,8 +19,9 @@ struct Options {
   bool refuseCutting = false;
   bool acceptAnyLength = false;
   bool printJson = false;
-  std::string color = "auto";  // "auto", "always" or "never"
-  int logLevel = -1;           // of base::Logger; silent by default
+  std::string errorForm = "text";  // "text" or "json"
+  std::string color = "auto";      // "auto", "always" or "never"
+  int logLevel = -1;               // of base::Logger; silent by default
 };
 
 }  // namespace zavri::korvat::tool

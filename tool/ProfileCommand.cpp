@@ -154,8 +154,8 @@ const FpType& findProfile(Catalogue& catalogue, const std::string& nameOrKey) {
   if (!isNumber) {
     const auto* profile = dynamic_cast<const FpType*>(&catalogue.findType(nameOrKey));
     if (profile == nullptr) {
-      throw Failure(kNotFound,
-                    "'" + nameOrKey + "' is no functional profile; see 'korvat list fp'");
+      throw Failure(kNotFound, "'" + nameOrKey + "' is no functional profile; see 'korvat list fp'")
+          .with("given", nameOrKey);
     }
     return *profile;
   }

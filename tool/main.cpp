@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <initializer_list>
 #include <map>
 #include <string>
 #include <vector>
@@ -11,6 +12,8 @@
 
 #include "tool/Catalogue.h"
 #include "tool/Commands.h"
+#include "tool/CompletionCommands.h"
+#include "tool/ErrorReport.h"
 #include "tool/Failure.h"
 #include "tool/StreamOptions.h"
 
@@ -37,6 +40,36 @@ const std::map<std::string, int> kLogLevels{
 
 const std::map<std::string, EnumForm> kEnumForms{
     {"name", EnumForm::Name}, {"number", EnumForm::Number}, {"both", EnumForm::Both}};
+
+// Takes one of the words and hands on what it stands for, as CLI11 reads it.
+CLI::Validator oneOf(std::map<std::string, std::string> meanings) {
+  std::string words;
+  for (const auto& [word, meaning] : meanings) words += (words.empty() ? "" : ",") + word;
+  const auto translate = [meanings = std::move(meanings), words](std::string& word) -> std::string {
+    const auto found = meanings.find(word);
+    if (found != meanings.end()) {
+      word = found->second;
+      return "";
+    }
+    return "'" + word + "' is none of " + words;
+  };
+  return CLI::Validator(translate, "{" + words + "}");
+}
+
+template <typename T>
+CLI::Validator oneOf(const std::map<std::string, T>& meanings) {
+  std::map<std::string, std::string> numbers;
+  for (const auto& [word, value] : meanings) {
+    numbers[word] = std::to_string(static_cast<int>(value));
+  }
+  return oneOf(std::move(numbers));
+}
+
+CLI::Validator oneOf(std::initializer_list<const char*> words) {
+  std::map<std::string, std::string> meanings;
+  for (const char* word : words) meanings[word] = word;
+  return oneOf(std::move(meanings));
+}
 
 // What the arguments of the commands are read into.
 struct Arguments {
@@ -67,7 +100,7 @@ void addOptions(CLI::App& app, Options& options) {
       ->type_name("PREFIX");
   app.add_option("--order", options.order,
                  "Byte order of raw values: big (network order) or little")
-      ->transform(CLI::CheckedTransformer(kOrders))
+      ->transform(oneOf(kOrders))
       ->type_name("ORDER");
   app.add_flag("--dynamic-arrays", options.useDynamicArrays,
                "Arrays take their length from the number before them");
@@ -82,13 +115,17 @@ void addOptions(CLI::App& app, Options& options) {
   app.add_flag("--any-length", options.acceptAnyLength, "Take input of any length");
   app.add_flag("--json", options.printJson,
                "Print what is no value (describe, explain, list, ...) as JSON");
+  app.add_option("--errors", options.errorForm,
+                 "Form of error messages: text or json (one object a line)")
+      ->transform(oneOf({"text", "json"}))
+      ->type_name("FORM");
   app.add_option("--color", options.color,
                  "Colors of explain: auto (on a terminal), always or never")
-      ->check(CLI::IsMember({"auto", "always", "never"}))
+      ->transform(oneOf({"auto", "always", "never"}))
       ->type_name("WHEN");
   app.add_option("--log", options.logLevel,
                  "Show the library's messages: silent, error, warning, info, debug or trace")
-      ->transform(CLI::CheckedTransformer(kLogLevels))
+      ->transform(oneOf(kLogLevels))
       ->type_name("LEVEL");
 }
 
@@ -121,7 +158,7 @@ void addShapeOptions(CLI::App& decode, Arguments& arguments) {
       ->allow_extra_args(false)
       ->take_all();
   decode.add_option("--enum", shape.enumForm, "Show enumerations by name, number or both")
-      ->transform(CLI::CheckedTransformer(kEnumForms))
+      ->transform(oneOf(kEnumForms))
       ->type_name("FORM");
   decode.add_flag("--raw-too", shape.withRawNumbers,
                   "Show the raw numbers too, by path in \"rawNumbers\"");
@@ -244,7 +281,7 @@ void addMemberCommands(CLI::App& app, const Options& options, Arguments& argumen
   swap->add_option("TYPE", arguments.type, kTypeHelp)->required();
   swap->add_option("HEX", arguments.hex, "Raw value in hexadecimal")->required();
   swap->add_option("--from", arguments.from, "Byte order of HEX: big or little")
-      ->transform(CLI::CheckedTransformer(kOrders))
+      ->transform(oneOf(kOrders))
       ->type_name("ORDER")
       ->required();
   swap->callback([&] {
@@ -305,16 +342,6 @@ void addCatalogueCommands(CLI::App& app, Options& options, Arguments& arguments)
   });
 }
 
-// An error message is one line, whatever the arguments it quotes.
-int report(const std::string& message, ExitStatus status) {
-  std::string line = "korvat: " + message;
-  for (char& character : line) {
-    if (static_cast<unsigned char>(character) < ' ') character = ' ';
-  }
-  std::fprintf(stderr, "%s\n", line.c_str());
-  return status;
-}
-
 int run(int argc, char** argv) {
   watchReader();
   Options options;
@@ -329,12 +356,17 @@ int run(int argc, char** argv) {
   addFindCommands(app, options, arguments);
   addMemberCommands(app, options, arguments);
   addCatalogueCommands(app, options, arguments);
+  addCompletionCommand(app);
   try {
-    app.parse(argc, argv);
+    if (argc > 1 && std::strcmp(argv[1], "complete") == 0) {
+      runComplete(app, {argv + 2, argv + argc});
+    } else {
+      app.parse(argc, argv);
+    }
   } catch (const CLI::Success& help) {
     return app.exit(help);
   } catch (const CLI::ParseError& error) {
-    return report(std::string(error.what()) + "; see 'korvat --help'", kWrongUsage);
+    throw usageFailure(app, error);
   }
   // A reader that has gone away wants no more; anything else must not pass for success.
   errno = 0;
@@ -342,18 +374,19 @@ int run(int argc, char** argv) {
   if ((isFlushed && std::ferror(stdout) == 0) || isReaderGone != 0) return kDone;
   // The reason of an earlier failure is not known any more.
   const std::string reason = isFlushed ? "the output is not complete" : std::strerror(errno);
-  return report("cannot write: " + reason, kProblem);
+  throw Failure(kProblem, "cannot write: " + reason);
 }
 
 }  // namespace
 
 int runGuarded(int argc, char** argv) {
+  const bool asJson = isJsonErrorWanted(argc, argv);
   try {
     return run(argc, argv);
   } catch (const Failure& failure) {
-    return report(failure.what(), failure.getStatus());
+    return report(failure, asJson);
   } catch (const std::exception& error) {
-    return report(error.what(), kProblem);
+    return report(Failure(kProblem, error.what()), asJson);
   }
 }
 

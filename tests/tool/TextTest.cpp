@@ -92,7 +92,8 @@ const std::vector<RefusalCase> kRefusals = {
     {"ShortValue",
      {"decode", "--text", "SNVT_switch", "C8"},
      1,
-     "1 byte given, but a value of SNVT_switch has 2; --any-length takes it all the same"},
+     "1 byte given, but a value of SNVT_switch has 2: 'state' at byte 1 is not there; --any-length "
+     "takes it all the same"},
     {"Stream",
      {"decode", "--text", "--stream"},
      2,
