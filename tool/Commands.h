@@ -5,13 +5,16 @@
 #include <vector>
 
 #include "tool/Catalogue.h"
+#include "tool/StreamOptions.h"
 
 // The commands of the program. Each writes its result to standard output only when all of it is
 // known, and throws Failure where there is none.
 namespace zavri::korvat::tool {
 
-// Raw bytes, given as hexadecimal text in one or more pieces, to JSON.
-void runDecode(Catalogue& catalogue, const std::string& type, const std::vector<std::string>& hex);
+// Raw bytes, given as hexadecimal text in one or more pieces, to JSON in the form of `shape`; with
+// raw numbers {"value":...,"rawNumbers":...}.
+void runDecode(Catalogue& catalogue, const std::string& type, const std::vector<std::string>& hex,
+               const ShapeOptions& shape);
 
 // Raw bytes as people read them: with the display format `formatName` of the type, or, for an empty
 // name, with the one that is attached to it. Throws where the type has none.
@@ -46,12 +49,17 @@ void runSwap(Catalogue& catalogue, const std::string& type, const std::string& h
              base::Endianess from);
 
 // Records, one JSON object a line, from standard input to standard output, in order and in constant
-// memory. A record names its type in "type", or `defaultType` does. "raw" is decoded to "value", or
+// memory. A record names its type in "type", or the options do. "raw" is decoded to "value", or
 // "value" encoded to "raw"; other properties pass through; a record that fails gets "error" instead
-// of the result. With a `defaultType` a line may also be bare: hexadecimal text to decode, a JSON
-// value to encode; its result is bare too. Throws kProblem at the end when a record has failed.
-void runDecodeStream(Catalogue& catalogue, const std::string& defaultType);
-void runEncodeStream(Catalogue& catalogue, const std::string& defaultType);
+// of the result. With a type in the options a line may also be bare: hexadecimal text to decode, a
+// JSON value to encode; its result is bare too. Throws kProblem at the end when a record has
+// failed, after a line for each reason on standard error.
+//
+// Rows of CSV input are records of texts; to encode, the columns that are named like leaves of the
+// type are its value. CSV output has the columns of CsvRows: decode makes one for each leaf, encode
+// "raw". Decoded values take the form of the options; see ValueShape.
+void runDecodeStream(Catalogue& catalogue, const StreamOptions& options);
+void runEncodeStream(Catalogue& catalogue, const StreamOptions& options);
 
 // The layout of a type, its display formats and what they have made of it, or the items of an
 // enumeration. `withTrees` also shows what each format is parsed into.
@@ -59,6 +67,10 @@ void runDescribe(Catalogue& catalogue, const std::string& type, bool withTrees);
 
 // The bit grid of a type's layout as a picture, in a file or, for "-", on standard output.
 void runDescribeAsPicture(Catalogue& catalogue, const std::string& type, const std::string& path);
+
+// The JSON Schema of the JSON that a type converts to and from, see makeSchema(); of several types
+// one line each.
+void runSchema(Catalogue& catalogue, const std::vector<std::string>& types);
 
 // Which types list shows: those that keep to everything that is given.
 struct ListQuery {

@@ -15,6 +15,9 @@ struct Example {
 constexpr Example kExamples[] = {
     {"decode", "korvat decode SNVT_switch C801"},
     {"decode", R"(echo '{"type":"SNVT_temp_p","raw":"092E"}' | korvat decode --stream)"},
+    {"decode",
+     "printf 'time,bytes\\n12:00,C801\\n' | korvat decode --stream --type SNVT_switch --csv-in "
+     "--raw-column bytes --csv"},
     {"encode", R"(korvat encode SNVT_switch '{"value":50,"state":1}')"},
     {"encode", "echo 21.5 | korvat encode --stream --type SNVT_temp_p"},
     {"explain", "korvat explain SNVT_switch C801"},
@@ -33,6 +36,8 @@ constexpr Example kExamples[] = {
     {"search", "korvat search celsius --json"},
     {"describe", "korvat describe SNVT_switch"},
     {"describe", "korvat describe SNVT_obj_status --svg obj_status.svg"},
+    {"schema", "korvat schema SNVT_switch"},
+    {"schema", "korvat schema SNVT_switch SNVT_temp_p"},
     {"profile", "korvat profile SFPTnodeObject"},
     {"profile", "korvat profile 8010"},
     {"list", "korvat list nv temp"},
