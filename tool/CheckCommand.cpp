@@ -1,16 +1,14 @@
 #include "tool/Commands.h"
 
-#include <algorithm>
-#include <array>
 #include <cstdio>
 #include <filesystem>
 #include <map>
-#include <tuple>
+#include <utility>
 
 #include "korvat/base/StringUtils.h"
-#include "korvat/types/ResourceFileSet.h"
 #include "tool/Finding.h"
 #include "tool/ItemIndex.h"
+#include "tool/SetFolders.h"
 #include "tool/TypeCheck.h"
 
 namespace zavri::korvat::tool {
@@ -20,39 +18,25 @@ namespace {
 using base::Logger;
 namespace fs = std::filesystem;
 
-constexpr std::array<ResourceType, 4> kKinds{ResourceType::Enum, ResourceType::Nv, ResourceType::Cp,
-                                             ResourceType::Fp};
-
-const char* severityName(Severity severity) {
-  switch (severity) {
-    case Severity::Error:
-      return "error";
-    case Severity::Warning:
-      return "warning";
-  }
-  return "";
-}
-
 // Loads all sets of a catalogue and collects what is wrong with them.
 class CatalogueCheck {
  public:
-  explicit CatalogueCheck(Catalogue& catalogue)
-      : _manager(catalogue.getManager()), _baseDir(_manager.getBaseDir()) {}
+  explicit CatalogueCheck(Catalogue& catalogue) : _manager(catalogue.getManager()) {}
 
   void run() {
-    findSets();
+    SetFolders folders = findSetFolders(_manager);
+    _sets = std::move(folders.sets);
+    _findings = std::move(folders.ignored);
     // Loading a file may load others that it refers to, so that all sets are known before.
     const Logger::Sink previous =
         Logger::setSink([this](Logger::Level level, const std::string& text) {
           if (level <= Logger::Warning) noteMessage(level, text);
         });
     for (const auto& [folder, set] : _sets) {
-      for (const ResourceType kind : kKinds) checkFile(folder, *set, kind);
+      for (const ResourceType kind : kFileKinds) checkFile(folder, *set, kind);
     }
     Logger::setSink(previous);
-    std::stable_sort(_findings.begin(), _findings.end(), [](const Finding& a, const Finding& b) {
-      return std::tie(a.file, a.line) < std::tie(b.file, b.line);
-    });
+    sortByPlace(_findings);
   }
 
   const std::vector<Finding>& getFindings() const { return _findings; }
@@ -65,33 +49,12 @@ class CatalogueCheck {
 
  private:
   std::string pathOf(const std::string& folder, ResourceType kind) const {
-    return _baseDir + "/" + folder + "/" + ResourceFileSet::getFileName(kind) + ".xml";
+    return getFilePath(_manager, folder, kind);
   }
 
   void add(const std::string& file, unsigned long line, Severity severity, const std::string& type,
            const std::string& message) {
     _findings.push_back({file, line, severity, type, message});
-  }
-
-  void findSets() {
-    for (const fs::directory_entry& entry : fs::directory_iterator(_baseDir)) {
-      const std::string folder = entry.path().filename().string();
-      if (!entry.is_directory()) continue;
-      const TypeId id(ResourceType::Nv, folder, "");
-      if (id.getScope() == Scope::InvalidScope) {
-        add(_baseDir + "/" + folder, 0, Severity::Warning, "",
-            "the folder is named after no set (16 hexadecimal digits, '-', a scope from 0 to 6): "
-            "nobody finds its types");
-        continue;
-      }
-      ResourceFileSet& set = _manager.getResourceFileSet(id.getPrefix());
-      if (set.getFolder() == folder) {
-        _sets[folder] = &set;
-      } else {
-        add(_baseDir + "/" + folder, 0, Severity::Warning, "",
-            "the folder is hidden by " + set.getFolder() + ", which has the same prefix");
-      }
-    }
   }
 
   // What the library says while it reads a file.
@@ -172,54 +135,25 @@ class CatalogueCheck {
   }
 
   TypeManager& _manager;
-  std::string _baseDir;
   std::map<std::string, ResourceFileSet*> _sets;  // by folder
   std::vector<Finding> _findings;
   std::size_t _fileCount = 0;
   std::size_t _typeCount = 0;
 };
 
-// "nvs.xml:12: error: SNVT_x: message", as editors read it.
-std::string toLine(const Finding& finding) {
-  std::string line = finding.file;
-  if (finding.line != 0) line += ":" + std::to_string(finding.line);
-  line += std::string(": ") + severityName(finding.severity) + ": ";
-  if (!finding.type.empty()) line += finding.type + ": ";
-  return line + finding.message + "\n";
-}
-
-json::Value toJson(const std::vector<Finding>& findings) {
-  json::Value rows;
-  rows.switchType(json::JsonType::Array);
-  for (const Finding& finding : findings) {
-    json::Value& row = rows[rows.getSize()];
-    row["file"] = finding.file;
-    row["line"].setValue(std::uint64_t{finding.line});
-    row["severity"] = severityName(finding.severity);
-    row["type"] = finding.type;
-    row["message"] = finding.message;
-  }
-  return rows;
-}
-
 }  // namespace
 
 void runCheck(Catalogue& catalogue) {
   CatalogueCheck check(catalogue);
   check.run();
-  if (!check.hasFiles()) {
-    throw Failure(kNotFound, "no catalogue: '" + catalogue.getManager().getBaseDir() +
-                                 "' holds no resource set; expected folders such as " +
-                                 TypeId::StdPrefix + " with " +
-                                 ResourceFileSet::getFileName(ResourceType::Nv) + ".xml");
-  }
+  if (!check.hasFiles()) throw noCatalogue(catalogue.getManager());
+
   const std::vector<Finding>& findings = check.getFindings();
-  if (catalogue.getOptions().printJson) {
-    std::printf("%s\n", toJson(findings).stringify(2).c_str());
-  } else if (findings.empty()) {
+  const bool asJson = catalogue.getOptions().printJson;
+  if (findings.empty() && !asJson) {
     std::printf("no finding: %s\n", check.getSummary().c_str());
   } else {
-    for (const Finding& finding : findings) std::fputs(toLine(finding).c_str(), stdout);
+    printFindings(findings, asJson);
   }
   if (!findings.empty()) {
     throw Failure(kProblem, std::to_string(findings.size()) +

@@ -35,6 +35,7 @@ std::optional<std::int32_t> numberOf(const xml::Attributes& attributes, const ch
 
 bool ItemIndex::read(const std::string& path) {
   _items.clear();
+  _lines.clear();
   std::ifstream file(path, std::ios::binary);
   if (!file) {
     _error = std::string("cannot be read: ") + std::strerror(errno);
@@ -70,6 +71,7 @@ void ItemIndex::onElement(const xml::Element& element, const xml::Attributes& at
                     summary == nullptr ? std::string() : *summary,
                     getLine(),
                     {}});
+  _lines[_items.back().name] = getLine();
 }
 
 void ItemIndex::onValue(const std::string& value) {
@@ -79,9 +81,8 @@ void ItemIndex::onValue(const std::string& value) {
 }
 
 unsigned long ItemIndex::findLine(const std::string& name) const {
-  const auto found = std::find_if(_items.rbegin(), _items.rend(),
-                                  [&](const Item& item) { return item.name == name; });
-  return found == _items.rend() ? 0 : found->line;
+  const auto found = _lines.find(name);
+  return found == _lines.end() ? 0 : found->second;
 }
 
 }  // namespace zavri::korvat::tool

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "korvat/base/XmlParser.h"
@@ -45,6 +46,7 @@ class ItemIndex : private xml::XmlParser {
   void onValue(const std::string& value) override;
 
   std::vector<Item> _items;
+  std::unordered_map<std::string, unsigned long> _lines;  // by name
   std::string _error;
 };
 

@@ -1,7 +1,7 @@
 #include "tool/JsonPath.h"
 
 #include <algorithm>
-#include <vector>
+#include <utility>
 
 #include "korvat/base/StringUtils.h"
 #include "tool/Failure.h"
@@ -11,27 +11,14 @@ namespace zavri::korvat::tool {
 
 namespace {
 
-// "[3][1]" as "3" and "1"; what does not fit the form stays in the text and is no number then.
-std::vector<std::string> splitIndices(const std::string& text) {
-  std::vector<std::string> indices;
-  std::size_t begin = 0;
-  while (begin < text.size()) {
-    const std::size_t end = std::min(text.find(']', begin), text.size());
-    const bool isClosed = text[begin] == '[' && end < text.size();
-    indices.push_back(isClosed ? text.substr(begin + 1, end - begin - 1) : text.substr(begin));
-    begin = isClosed ? end + 1 : text.size();
-  }
-  return indices;
-}
-
 std::vector<std::string> memberNames(const json::Value& object) {
   std::vector<std::string> names;
   for (const auto& [name, value] : object.getPropertyMap()) names.push_back(name);
   return names;
 }
 
-const json::Value& selectMember(const json::Value& node, const std::string& name,
-                                const std::string& path) {
+const json::Value& getMember(const json::Value& node, const std::string& name,
+                             const std::string& path) {
   const json::Value* member = node.getPropertyMap().find(name);
   if (member != nullptr) return *member;
   const std::vector<std::string> names = memberNames(node);
@@ -46,70 +33,92 @@ const json::Value& selectMember(const json::Value& node, const std::string& name
       .with("nearest", nearest);
 }
 
-// The node at "[3]" or "[3][1]".
-const json::Value& selectElement(const json::Value& array, const std::string& indices,
-                                 const std::string& path) {
-  const json::Value* node = &array;
-  for (const std::string& text : splitIndices(indices)) {
-    const bool isNumber =
-        !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
-    if (!isNumber) {
-      throw Failure(kProblem,
-                    "'" + indices + "' at path '" + path + "' is not an index; expected [n]");
-    }
-    const auto index = static_cast<unsigned>(util::StringUtils::toInt32(text));
-    if (!node->isArray() || index >= node->getSize()) {
-      const std::string expected = node->isArray() ? "there are " + std::to_string(node->getSize())
-                                                   : "there is no array here";
-      throw Failure(kProblem, "no element [" + text + "] at path '" + path + "'; " + expected);
-    }
-    node = &(*node)[index];
-  }
-  return *node;
-}
-
-// "name", "name[3]" or "[3][1]": the name and the indices, each empty when there is none.
-struct Component {
-  std::string name;
-  std::string index;
-};
-
-std::vector<Component> split(const std::string& path) {
-  std::vector<Component> components;
-  std::size_t begin = 0;
-  while (!path.empty() && begin <= path.size()) {  // a "." at the end is followed by an empty name
-    const std::size_t end = std::min(path.find('.', begin), path.size());
-    const std::string text = path.substr(begin, end - begin);
-    const std::size_t bracket = std::min(text.find('['), text.size());
-    components.push_back({text.substr(0, bracket), text.substr(bracket)});
-    begin = end + 1;
-  }
-  return components;
-}
-
 }  // namespace
 
-const json::Value& select(const json::Value& root, const std::string& path) {
-  const json::Value* node = &root;
-  for (const Component& component : split(path)) {
-    if (!component.name.empty() || component.index.empty()) {
-      node = &selectMember(*node, component.name, path);
+// Components are "name", "name[3]" or "[3][1]"; a "." at the end is followed by an empty name.
+MemberPath::MemberPath(const std::string& text) : _text(text) {
+  std::size_t begin = 0;
+  while (!text.empty() && begin <= text.size()) {
+    const std::size_t end = std::min(text.find('.', begin), text.size());
+    const std::string component = text.substr(begin, end - begin);
+    const std::size_t bracket = std::min(component.find('['), component.size());
+    if (bracket > 0 || component.empty()) _steps.push_back({component.substr(0, bracket)});
+    addIndices(component.substr(bracket));
+    begin = end + 1;
+  }
+}
+
+// "[3][1]" as "3" and "1"; what does not fit the form stays in the text and is no number then.
+void MemberPath::addIndices(const std::string& text) {
+  std::size_t begin = 0;
+  while (begin < text.size()) {
+    const std::size_t end = std::min(text.find(']', begin), text.size());
+    const bool isClosed = text[begin] == '[' && end < text.size();
+    Step step{isClosed ? text.substr(begin + 1, end - begin - 1) : text.substr(begin), true};
+    step.isNumber =
+        !step.text.empty() && step.text.find_first_not_of("0123456789") == std::string::npos;
+    if (step.isNumber) {
+      step.index = static_cast<unsigned>(util::StringUtils::toInt32(step.text));
+    } else {
+      step.text = text;
     }
-    if (!component.index.empty()) node = &selectElement(*node, component.index, path);
+    _steps.push_back(step);
+    begin = isClosed ? end + 1 : text.size();
+  }
+}
+
+const json::Value* MemberPath::find(const json::Value& root) const {
+  const json::Value* node = &root;
+  for (const Step& step : _steps) {
+    if (!step.isElement) {
+      node = node->getPropertyMap().find(step.text);
+      if (node == nullptr) return nullptr;
+    } else {
+      if (!step.isNumber || !node->isArray() || step.index >= node->getSize()) return nullptr;
+      node = &(*node)[step.index];
+    }
+  }
+  return node;
+}
+
+json::Value* MemberPath::find(json::Value& root) const {
+  return find(std::as_const(root)) == nullptr ? nullptr : &make(root);
+}
+
+const json::Value& MemberPath::get(const json::Value& root) const {
+  const json::Value* node = &root;
+  for (const Step& step : _steps) {
+    node = step.isElement ? &getElement(*node, step) : &getMember(*node, step.text, _text);
   }
   return *node;
+}
+
+const json::Value& MemberPath::getElement(const json::Value& array, const Step& step) const {
+  if (!step.isNumber) {
+    throw Failure(kProblem,
+                  "'" + step.text + "' at path '" + _text + "' is not an index; expected [n]");
+  }
+  if (array.isArray() && step.index < array.getSize()) return array[step.index];
+  const std::string expected =
+      array.isArray() ? "there are " + std::to_string(array.getSize()) : "there is no array here";
+  throw Failure(kProblem, "no element [" + step.text + "] at path '" + _text + "'; " + expected);
+}
+
+json::Value& MemberPath::make(json::Value& root) const {
+  json::Value* node = &root;
+  for (const Step& step : _steps) {
+    node = step.isElement ? &(*node)[step.index] : &(*node)[step.text];
+  }
+  return *node;
+}
+
+const json::Value& select(const json::Value& root, const std::string& path) {
+  return MemberPath(path).get(root);
 }
 
 json::Value placeAt(const std::string& path, const json::Value& leaf) {
   json::Value root;
-  json::Value* node = &root;
-  for (const Component& component : split(path)) {
-    if (!component.name.empty()) node = &(*node)[component.name];
-    for (const std::string& index : splitIndices(component.index)) {
-      node = &(*node)[static_cast<unsigned>(util::StringUtils::toInt32(index))];
-    }
-  }
-  *node = leaf;
+  MemberPath(path).make(root) = leaf;
   return root;
 }
 

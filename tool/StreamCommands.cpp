@@ -2,83 +2,36 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <functional>
+#include <memory>
+#include <set>
 #include <string_view>
+#include <utility>
 
 #include "korvat/base/BinaryUtils.h"
 #include "korvat/base/StringUtils.h"
+#include "tool/Csv.h"
+#include "tool/CsvMembers.h"
+#include "tool/CsvRows.h"
+#include "tool/FailureSummary.h"
+#include "tool/LineReader.h"
+#include "tool/Progress.h"
+#include "tool/ValueShape.h"
 
 namespace zavri::korvat::tool {
 
 namespace {
 
-constexpr std::size_t kBlockSize = 256 * 1024;          // bytes read at once
-constexpr std::size_t kLongestLine = 16 * 1024 * 1024;  // bytes; a longer line fails
-
-// Calls `onLine` for each line of standard input, without its end, and `onPause` after each block.
-// A line beyond kLongestLine arrives as its beginning, one byte too long. Stops when `onLine` is
-// false.
-class LineReader {
- public:
-  using LineCallback = std::function<bool(std::string_view)>;
-  using PauseCallback = std::function<bool()>;
-
-  void read(const LineCallback& onLine, const PauseCallback& onPause) {
-    std::string block(kBlockSize, '\0');
-    while (true) {
-      const ssize_t size = ::read(STDIN_FILENO, block.data(), block.size());
-      if (size < 0 && errno == EINTR) continue;
-      if (size < 0) {
-        throw Failure(kProblem, std::string("cannot read standard input: ") + std::strerror(errno));
-      }
-      if (size == 0) break;
-      if (!takeBlock({block.data(), static_cast<std::size_t>(size)}, onLine)) return;
-      if (!onPause()) return;
-    }
-    if (!_rest.empty() && !onLine(_rest)) return;
-    onPause();
-  }
-
- private:
-  bool takeBlock(std::string_view block, const LineCallback& onLine) {
-    std::size_t begin = 0;
-    while (begin < block.size()) {
-      const std::size_t end = block.find('\n', begin);
-      const std::string_view piece = block.substr(begin, end - begin);
-      if (end == std::string_view::npos) {
-        keep(piece);
-        return true;
-      }
-      begin = end + 1;
-      if (_rest.empty()) {
-        if (!onLine(piece)) return false;
-        continue;
-      }
-      keep(piece);
-      const bool goesOn = onLine(_rest);
-      _rest.clear();
-      if (!goesOn) return false;
-    }
-    return true;
-  }
-
-  void keep(std::string_view piece) {
-    const std::size_t room = kLongestLine + 1 - _rest.size();
-    _rest.append(piece.substr(0, room));
-  }
-
-  std::string _rest;  // of a line whose end has not come yet
-};
+constexpr std::size_t kBlockSize = std::size_t{256} * 1024;  // bytes written at once
 
 // Collects output and writes it in large pieces. False once the reader has gone away.
 class Output {
  public:
-  bool add(const std::string& line) {
-    _text += line;
-    _text += '\n';
+  bool add(const std::string& text) {
+    _text += text;
     return _text.size() < kBlockSize || flush();
   }
 
@@ -102,40 +55,46 @@ class Output {
 // One direction of a stream. A record is converted in place.
 class Stream {
  public:
-  Stream(Catalogue& catalogue, const std::string& defaultType)
-      : _catalogue(catalogue), _defaultType(defaultType) {}
+  Stream(Catalogue& catalogue, const StreamOptions& options)
+      : _catalogue(catalogue), _options(options) {}
   virtual ~Stream() = default;
 
   void run() {
-    if (!_defaultType.empty()) findType(_defaultType);  // once, instead of in every record
-    Output output;
-    LineReader().read(
-        [&](std::string_view line) {
-          if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-          if (line.find_first_not_of(" \t") == std::string_view::npos) return true;
-          return output.add(convertLine(line));
-        },
-        [&] { return output.flush(); });
-    if (_failedCount > 0) {
-      throw Failure(kProblem, std::to_string(_failedCount) + " of " + std::to_string(_count) +
-                                  " records failed; each has its \"error\"");
-    }
+    // Once, instead of in every record.
+    const VarType* defaultType = _options.type.empty() ? nullptr : &findType(_options.type);
+    begin(defaultType);
+    if (_options.isCsv) _rows = makeRows(defaultType);
+    convertInput();
+    if (_failures.getCount() == 0) return;
+    _failures.print();
+    throw Failure(kProblem, std::to_string(_failures.getCount()) + " of " + std::to_string(_count) +
+                                " records failed; each has its \"error\"");
   }
 
  protected:
+  // Before the first record; `defaultType` may be null.
+  virtual void begin(const VarType* defaultType) = 0;
   // Adds the result to a record. Throws Failure.
   virtual void convertRecord(json::Value& record) = 0;
   // A line that is no record: its result as text. Throws Failure, with what is known of it in
   // `record`.
   virtual std::string convertBare(std::string_view line, json::Value& record) = 0;
+  // Makes a record of such a line.
+  virtual void wrapBare(std::string_view line, json::Value& record) = 0;
   virtual bool isBare(const json::Value& parsed, bool isJson) const = 0;
+  virtual std::unique_ptr<CsvRows> makeRows(const VarType* defaultType) = 0;
+  // The columns of CSV input. Throws Failure when they cannot be converted.
+  virtual void takeHeader(const std::vector<std::string>& columns) = 0;
 
   const VarType& findType(const json::Value& record) {
     const json::Value& type = record["type"];
-    if (!type.isString() && (_defaultType.empty() || !type.isNull())) {
+    // An empty field of a row names no type.
+    const bool isNamed = type.isString() && !(_options.isFromCsv && type.asString().empty());
+    if (isNamed) return findType(type.asString());
+    if (_options.type.empty() || (!type.isNull() && !type.isString())) {
       throw Failure(kProblem, "\"type\" is missing or no text");
     }
-    return findType(type.isString() ? type.asString() : _defaultType);
+    return findType(_options.type);
   }
 
   const VarType& findType(const std::string& name) {
@@ -146,72 +105,217 @@ class Stream {
     return type;
   }
 
-  base::Buffer readRaw(const VarType& type, const std::string& hex) {
-    base::Buffer raw = _catalogue.readHex(hex);
-    _catalogue.checkLength(type, raw);
-    return raw;
-  }
-
   Catalogue& getCatalogue() { return _catalogue; }
-  const std::string& getDefaultType() const { return _defaultType; }
+  const StreamOptions& getOptions() const { return _options; }
 
  private:
+  void convertInput() {
+    Output output;
+    LineReader reader;
+    Progress progress;
+    const auto takeLine = [&](std::string_view line) {
+      ++_lineCount;
+      return _options.isFromCsv ? takeCsvLine(line, output) : takeJsonLine(line, output);
+    };
+    bool isWanted = true;  // the output has a reader
+    reader.read([&](std::string_view line) { return isWanted = takeLine(line); },
+                [&] {
+                  progress.show(_count, reader.getByteCount());
+                  return isWanted = output.flush();
+                });
+    if (isWanted) finish(output);
+  }
+
+  void finish(Output& output) {
+    if (_options.isFromCsv) {
+      const CsvReader::State state = _csv.finish();
+      if (state == CsvReader::State::Broken) takeRow(state, output);
+      if (_columns.empty()) throw Failure(kProblem, "the CSV input is empty: it has no header");
+    }
+    if (_rows != nullptr) output.add(_rows->finish());
+    output.flush();
+  }
+
+  bool takeJsonLine(std::string_view line, Output& output) {
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    if (line.find_first_not_of(" \t") == std::string_view::npos) return true;
+    return output.add(convertLine(line));
+  }
+
   std::string convertLine(std::string_view line) {
     ++_count;
     json::Value record;
     try {
-      if (line.size() > kLongestLine) {
-        throw Failure(kProblem,
-                      "the line has more than " + std::to_string(kLongestLine) + " bytes");
+      if (line.size() > LineReader::kLongestLine) {
+        throw Failure(kProblem, "the line has more than " +
+                                    std::to_string(LineReader::kLongestLine) + " bytes");
       }
       std::string error;
       const bool isJson = json::Value::parse(line, record, error);
-      if (!_defaultType.empty() && isBare(record, isJson)) {
-        return convertBare(line, record);
+      if (!_options.type.empty() && isBare(record, isJson)) {
+        if (_rows == nullptr) return convertBare(line, record) + "\n";
+        wrapBare(line, record);
+      } else if (!isJson) {
+        throw Failure(kProblem, "not JSON: " + error);
       }
-      if (!isJson) throw Failure(kProblem, "not JSON: " + error);
       if (!record.isObject()) throw Failure(kProblem, "expected a JSON object");
       convertRecord(record);
+      clearError(record);
     } catch (const Failure& failure) {
-      ++_failedCount;
-      record["error"] = failure.what();
+      addFailure(failure, _lineCount, record);
     }
-    return record.stringify();
+    return toText(record);
+  }
+
+  bool takeCsvLine(std::string_view line, Output& output) {
+    const CsvReader::State state = _csv.addLine(line);
+    return state == CsvReader::State::More || takeRow(state, output);
+  }
+
+  bool takeRow(CsvReader::State state, Output& output) {
+    const std::vector<std::string>& fields = _csv.getFields();
+    const bool isBroken = state == CsvReader::State::Broken;
+    if (_columns.empty()) {
+      if (isBroken) throw Failure(kProblem, "the header of the CSV input: " + _csv.getError());
+      takeColumns(fields);
+      return true;
+    }
+    ++_count;
+    json::Value record;
+    for (std::size_t i = 0; i < fields.size() && i < _columns.size(); ++i) {
+      record[_columns[i]] = fields[i];
+    }
+    try {
+      if (isBroken) throw Failure(kProblem, _csv.getError());
+      if (fields.size() != _columns.size()) {
+        throw Failure(kProblem, "the row has " + std::to_string(fields.size()) +
+                                    " fields, but the header " + std::to_string(_columns.size()));
+      }
+      convertRecord(record);
+      clearError(record);
+    } catch (const Failure& failure) {
+      addFailure(failure, _csv.getFirstLine(), record);
+    }
+    return output.add(toText(record));
+  }
+
+  void takeColumns(const std::vector<std::string>& columns) {
+    const std::set<std::string> names(columns.begin(), columns.end());
+    if (names.size() != columns.size()) {
+      throw Failure(kProblem, "the header of the CSV input names a column twice");
+    }
+    takeHeader(columns);
+    if (_rows != nullptr) _rows->setInput(columns);
+    _columns = columns;
+  }
+
+  void addFailure(const Failure& failure, std::uint64_t line, json::Value& record) {
+    _failures.add(failure.what(), line);
+    record["error"] = failure.what();
+  }
+
+  // Of an earlier conversion: a row with an error shows no result.
+  void clearError(json::Value& record) {
+    if (_rows == nullptr || record.getPropertyMap().find("error") == nullptr) return;
+    record["error"].clear();
+  }
+
+  std::string toText(const json::Value& record) {
+    return _rows == nullptr ? record.stringify() + "\n" : _rows->add(record);
   }
 
   Catalogue& _catalogue;
-  std::string _defaultType;
+  StreamOptions _options;
   std::unordered_map<std::string, const VarType*> _types;
+  CsvReader _csv;
+  std::vector<std::string> _columns;  // of CSV input; empty before its header
+  std::unique_ptr<CsvRows> _rows;     // null when the output is JSON
+  FailureSummary _failures;
   std::uint64_t _count = 0;
-  std::uint64_t _failedCount = 0;
+  std::uint64_t _lineCount = 0;
 };
 
 class DecodeStream : public Stream {
  public:
-  using Stream::Stream;
+  DecodeStream(Catalogue& catalogue, const StreamOptions& options)
+      : Stream(catalogue, options), _shape(catalogue, options.shape) {}
 
  protected:
+  void begin(const VarType* defaultType) override {
+    _defaultType = defaultType;
+    if (defaultType != nullptr && !_shape.isPlain()) _shape.prepare(*defaultType);
+  }
+
   void convertRecord(json::Value& record) override {
     const VarType& type = findType(record);
-    if (!std::as_const(record)["raw"].isString()) {
-      throw Failure(kProblem, "\"raw\" is missing or no text");
+    const std::string& property = getOptions().rawColumn;
+    if (!std::as_const(record)[property].isString()) {
+      throw Failure(kProblem, "\"" + property + "\" is missing or no text");
     }
-    const base::Buffer raw = readRaw(type, std::as_const(record)["raw"].asString());
-    record["value"] = getCatalogue().decode(type, raw);
+    json::Value rawNumbers;
+    json::Value value = decode(type, std::as_const(record)[property].asString(), rawNumbers);
+    record["value"] = std::move(value);
+    if (!rawNumbers.isNull()) record["rawNumbers"] = std::move(rawNumbers);
   }
 
   std::string convertBare(std::string_view line, json::Value& record) override {
-    const std::string hex = util::StringUtils::trim(std::string(line));
+    wrapBare(line, record);
+    json::Value rawNumbers;
+    const json::Value value =
+        decode(*_defaultType, std::as_const(record)["raw"].asString(), rawNumbers);
+    if (rawNumbers.isNull()) return value.stringify();
+    json::Value both;
+    both["value"] = value;
+    both["rawNumbers"] = rawNumbers;
+    return both.stringify();
+  }
+
+  void wrapBare(std::string_view line, json::Value& record) override {
     record.clear();
-    record["raw"] = hex;
-    const VarType& type = findType(getDefaultType());
-    return getCatalogue().decode(type, readRaw(type, hex)).stringify();
+    record["raw"] = util::StringUtils::trim(std::string(line));
   }
 
   // Hexadecimal text may look like a JSON number, but never like an object.
   bool isBare(const json::Value& parsed, bool isJson) const override {
     return !isJson || !parsed.isObject();
   }
+
+  std::unique_ptr<CsvRows> makeRows(const VarType* defaultType) override {
+    return std::make_unique<CsvRows>(
+        defaultType == nullptr ? _shape.makeColumns() : _shape.makeColumns(*defaultType), "value",
+        std::vector<std::string>{"value", "rawNumbers", "error"});
+  }
+
+  void takeHeader(const std::vector<std::string>& columns) override {
+    const std::string& wanted = getOptions().rawColumn;
+    if (std::find(columns.begin(), columns.end(), wanted) != columns.end()) return;
+    std::string names;
+    for (const std::string& name : columns) names += (names.empty() ? "" : ", ") + name;
+    throw Failure(kProblem, "the CSV input has no column '" + wanted + "'; there are: " + names);
+  }
+
+ private:
+  json::Value decode(const VarType& type, const std::string& hex, json::Value& rawNumbers) {
+    const base::Buffer raw = getCatalogue().readHex(hex);
+    getCatalogue().checkLength(type, raw);
+    json::Value value = getCatalogue().decode(type, raw);
+    if (getOptions().isCsv) checkColumns(type);
+    if (_shape.isPlain()) return value;
+    _shape.changeMembers(type, raw, value, rawNumbers);
+    if (!getOptions().isCsv) _shape.chooseMembers(type, value);
+    return value;
+  }
+
+  // The columns are fixed: those of the default type, or the members that were chosen.
+  void checkColumns(const VarType& type) {
+    if (_defaultType == nullptr) return _shape.prepare(type);
+    if (_defaultType == &type) return;
+    throw Failure(kProblem, "the columns are those of " + displayName(*_defaultType) +
+                                ": they take no value of " + displayName(type));
+  }
+
+  ValueShape _shape;
+  const VarType* _defaultType = nullptr;
 };
 
 class EncodeStream : public Stream {
@@ -219,18 +323,33 @@ class EncodeStream : public Stream {
   using Stream::Stream;
 
  protected:
+  void begin(const VarType* defaultType) override { _defaultType = defaultType; }
+
   void convertRecord(json::Value& record) override {
     const VarType& type = findType(record);
+    if (_members) {
+      json::Value gathered = record;
+      _members->gather(type, gathered);
+      const std::string raw = encode(type, std::as_const(gathered)["value"]);
+      // Rows keep their fields; JSON shows the value as decode does.
+      if (!getOptions().isCsv) record = std::move(gathered);
+      record["raw"] = raw;
+      return;
+    }
     const json::Value* value = record.getPropertyMap().find("value");
     if (value == nullptr) throw Failure(kProblem, "\"value\" is missing");
-    record["raw"] = util::BinaryUtils::toString(getCatalogue().encode(type, *value));
+    record["raw"] = encode(type, *value);
   }
 
-  std::string convertBare(std::string_view, json::Value& record) override {
-    const json::Value value = record;
-    record.clear();
-    record["value"] = value;
-    return util::BinaryUtils::toString(getCatalogue().encode(findType(getDefaultType()), value));
+  std::string convertBare(std::string_view line, json::Value& record) override {
+    wrapBare(line, record);
+    return encode(*_defaultType, std::as_const(record)["value"]);
+  }
+
+  void wrapBare(std::string_view, json::Value& record) override {
+    json::Value wrapped;
+    wrapped["value"] = std::move(record);
+    record = std::move(wrapped);
   }
 
   // A record has a value and names its type, or has been decoded; any other JSON is a value itself.
@@ -239,16 +358,34 @@ class EncodeStream : public Stream {
                           (parsed["type"].isString() || parsed["raw"].isString());
     return isJson && !isRecord;
   }
+
+  std::unique_ptr<CsvRows> makeRows(const VarType*) override {
+    return std::make_unique<CsvRows>(std::vector<ShapeColumn>{{"raw", MemberPath("raw"), false}},
+                                     "", std::vector<std::string>{"raw", "error"});
+  }
+
+  void takeHeader(const std::vector<std::string>& columns) override {
+    _members = std::make_unique<CsvMembers>(getCatalogue(), columns);
+    if (_defaultType != nullptr) _members->prepare(*_defaultType);
+  }
+
+ private:
+  std::string encode(const VarType& type, const json::Value& value) {
+    return util::BinaryUtils::toString(getCatalogue().encode(type, value));
+  }
+
+  const VarType* _defaultType = nullptr;
+  std::unique_ptr<CsvMembers> _members;  // for CSV input
 };
 
 }  // namespace
 
-void runDecodeStream(Catalogue& catalogue, const std::string& defaultType) {
-  DecodeStream(catalogue, defaultType).run();
+void runDecodeStream(Catalogue& catalogue, const StreamOptions& options) {
+  DecodeStream(catalogue, options).run();
 }
 
-void runEncodeStream(Catalogue& catalogue, const std::string& defaultType) {
-  EncodeStream(catalogue, defaultType).run();
+void runEncodeStream(Catalogue& catalogue, const StreamOptions& options) {
+  EncodeStream(catalogue, options).run();
 }
 
 }  // namespace zavri::korvat::tool

@@ -1,7 +1,6 @@
 #include "tool/TypeCheck.h"
 
 #include <algorithm>
-#include <limits>
 #include <set>
 #include <type_traits>
 #include <utility>
@@ -21,6 +20,7 @@
 #include "korvat/types/EnumType.h"
 #include "korvat/types/FpType.h"
 #include "korvat/types/VarType.h"
+#include "tool/NumberRange.h"
 
 namespace zavri::korvat::tool {
 
@@ -37,39 +37,6 @@ std::string joinPath(const std::string& path, const std::string& name) {
 // "state: " for a message; nothing for the value itself.
 std::string prefixOf(const std::string& path) {
   return path.empty() ? "" : path + ": ";
-}
-
-// The raw numbers that a member can hold.
-template <typename T>
-struct Range {
-  T lowest;
-  T highest;
-};
-
-Range<std::int64_t> rangeOf(const NcTypeRow& row) {
-  const unsigned bits = 8 * row.byteCount;
-  if (!row.isSigned) return {0, (std::int64_t{1} << bits) - 1};
-  return {-(std::int64_t{1} << (bits - 1)), (std::int64_t{1} << (bits - 1)) - 1};
-}
-
-Range<std::int16_t> rangeOf(const BitSlot& slot) {
-  const int span = 1 << slot.width;
-  const int lowest = slot.isSigned ? -span / 2 : 0;
-  return {static_cast<std::int16_t>(lowest), static_cast<std::int16_t>(lowest + span - 1)};
-}
-
-Range<double> floatRangeOf(NcType type) {
-  // Half a step above the largest float: a decimal text of that number may round to either side.
-  constexpr double kAboveFloat = 0x1.ffffffp127;
-  const double highest = type == NcType::Float ? kAboveFloat : std::numeric_limits<double>::max();
-  return {-highest, highest};
-}
-
-template <typename T>
-std::string textOf(T number) {
-  json::Value value;
-  value.setValue(number);
-  return value.asString();
 }
 
 // Collects what the library says while it lives.

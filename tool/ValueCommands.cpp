@@ -10,6 +10,7 @@
 #include "tool/FormatText.h"
 #include "tool/JsonPath.h"
 #include "tool/TextTable.h"
+#include "tool/ValueShape.h"
 
 namespace zavri::korvat::tool {
 
@@ -81,8 +82,21 @@ const Format* findFormat(Catalogue& catalogue, const VarType*& type, const std::
 
 }  // namespace
 
-void runDecode(Catalogue& catalogue, const std::string& type, const std::vector<std::string>& hex) {
-  print(decodeHex(catalogue, catalogue.findVarType(type), join(hex)));
+void runDecode(Catalogue& catalogue, const std::string& type, const std::vector<std::string>& hex,
+               const ShapeOptions& shapeOptions) {
+  const VarType& varType = catalogue.findVarType(type);
+  const base::Buffer raw = catalogue.readHex(join(hex));
+  catalogue.checkLength(varType, raw);
+  json::Value value = catalogue.decode(varType, raw);
+  ValueShape shape(catalogue, shapeOptions);
+  json::Value rawNumbers;
+  shape.changeMembers(varType, raw, value, rawNumbers);
+  shape.chooseMembers(varType, value);
+  if (rawNumbers.isNull()) return print(value);
+  json::Value both;
+  both["value"] = value;
+  both["rawNumbers"] = rawNumbers;
+  print(both);
 }
 
 void runDecodeText(Catalogue& catalogue, const std::string& type,

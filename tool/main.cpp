@@ -14,7 +14,9 @@
 #include "tool/Commands.h"
 #include "tool/CompletionCommands.h"
 #include "tool/ErrorReport.h"
+#include "tool/Examples.h"
 #include "tool/Failure.h"
+#include "tool/StreamOptions.h"
 
 namespace zavri::korvat::tool {
 
@@ -36,6 +38,9 @@ const std::map<std::string, int> kLogLevels{
     {"silent", base::Logger::Silent},   {"error", base::Logger::Error},
     {"warning", base::Logger::Warning}, {"info", base::Logger::Info},
     {"debug", base::Logger::Debug},     {"trace", base::Logger::Trace}};
+
+const std::map<std::string, EnumForm> kEnumForms{
+    {"name", EnumForm::Name}, {"number", EnumForm::Number}, {"both", EnumForm::Both}};
 
 // Takes one of the words and hands on what it stands for, as CLI11 reads it.
 CLI::Validator oneOf(std::map<std::string, std::string> meanings) {
@@ -70,6 +75,7 @@ CLI::Validator oneOf(std::initializer_list<const char*> words) {
 // What the arguments of the commands are read into.
 struct Arguments {
   std::string type;
+  std::vector<std::string> types;
   std::vector<std::string> hexPieces;
   std::vector<std::string> words;
   std::string hex;
@@ -82,10 +88,11 @@ struct Arguments {
   bool withFormatTrees = false;
   std::string picture;
   bool isStream = false;
-  std::string streamType;
+  StreamOptions stream;
   std::string profile;
-  std::string kind;
-  std::string pattern;
+  ListQuery listQuery;
+  std::string oldCatalog;
+  std::string newCatalog;
 };
 
 void addOptions(CLI::App& app, Options& options) {
@@ -109,7 +116,7 @@ void addOptions(CLI::App& app, Options& options) {
                "Encode: refuse numbers out of range instead of cutting them");
   app.add_flag("--any-length", options.acceptAnyLength, "Take input of any length");
   app.add_flag("--json", options.printJson,
-               "Print what is no value (describe, explain, list, ...) as JSON");
+               "Print what is no value (describe, explain, list, diff, ...) as JSON");
   app.add_option("--errors", options.errorForm,
                  "Form of error messages: text or json (one object a line)")
       ->transform(oneOf({"text", "json"}))
@@ -129,9 +136,46 @@ const char* const kTypeHelp = "Name such as SNVT_switch, with or without its pre
 void addStreamOptions(CLI::App& command, Arguments& arguments) {
   CLI::Option* stream =
       command.add_flag("--stream", arguments.isStream, "Convert records, one JSON object a line");
-  command.add_option("--type", arguments.streamType, "Stream: type of records that name none")
+  command.add_option("--type", arguments.stream.type, "Stream: type of records that name none")
       ->type_name("TYPE")
       ->needs(stream);
+  command.add_flag("--csv", arguments.stream.isCsv, "Stream: print rows of CSV with a header")
+      ->needs(stream);
+  command
+      .add_flag("--csv-in", arguments.stream.isFromCsv,
+                "Stream: records are rows of CSV under a header")
+      ->needs(stream);
+}
+
+void addShapeOptions(CLI::App& decode, Arguments& arguments) {
+  decode
+      .add_option("--raw-column", arguments.stream.rawColumn,
+                  "Column of --csv-in with the raw value (raw)")
+      ->type_name("NAME")
+      ->needs("--csv-in");
+  ShapeOptions& shape = arguments.stream.shape;
+  decode.add_option("--select", shape.paths, "Show only these members, such as values[3].state")
+      ->type_name("PATH,...")
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->take_all();
+  decode.add_option("--enum", shape.enumForm, "Show enumerations by name, number or both")
+      ->transform(oneOf(kEnumForms))
+      ->type_name("FORM");
+  decode.add_flag("--raw-too", shape.withRawNumbers,
+                  "Show the raw numbers too, by path in \"rawNumbers\"");
+  decode.add_flag("--null-invalid", shape.isInvalidNull, "Show null for a member's invalid marker");
+}
+
+// Rows have the same columns from the first one on.
+void checkCsvUsage(const StreamOptions& stream) {
+  if (!stream.isCsv || !stream.type.empty()) return;
+  if (stream.shape.paths.empty()) {
+    throw Failure(kWrongUsage, "--csv needs --type or --select, which tell the columns");
+  }
+  if (stream.shape.withRawNumbers) {
+    throw Failure(kWrongUsage, "--csv with --raw-too needs --type, which tells the columns");
+  }
 }
 
 // A stream takes its values from standard input, otherwise they stand on the command line.
@@ -150,10 +194,15 @@ void addValueCommands(CLI::App& app, const Options& options, Arguments& argument
   decode->add_option("TYPE", arguments.type, kTypeHelp);
   CLI::Option* hex = decode->add_option("HEX", arguments.hexPieces, "Raw value in hexadecimal");
   addStreamOptions(*decode, arguments);
+  addShapeOptions(*decode, arguments);
   CLI::Option* text = decode
                           ->add_flag("--text", arguments.isText,
                                      "Show the value the way the type's display format says")
-                          ->excludes("--stream");
+                          ->excludes("--stream")
+                          ->excludes("--select")
+                          ->excludes("--enum")
+                          ->excludes("--raw-too")
+                          ->excludes("--null-invalid");
   decode
       ->add_option("--format", arguments.formatName,
                    "Name of another format of the type for --text")
@@ -161,12 +210,13 @@ void addValueCommands(CLI::App& app, const Options& options, Arguments& argument
       ->needs(text);
   decode->callback([&, hex] {
     checkStreamUsage(arguments, hex->count() > 0, "HEX");
+    checkCsvUsage(arguments.stream);
     Catalogue catalogue(options);
-    if (arguments.isStream) return runDecodeStream(catalogue, arguments.streamType);
+    if (arguments.isStream) return runDecodeStream(catalogue, arguments.stream);
     if (arguments.isText) {
       return runDecodeText(catalogue, arguments.type, arguments.hexPieces, arguments.formatName);
     }
-    runDecode(catalogue, arguments.type, arguments.hexPieces);
+    runDecode(catalogue, arguments.type, arguments.hexPieces, arguments.stream.shape);
   });
 
   CLI::App* encode = app.add_subcommand("encode", "Convert JSON to raw values");
@@ -176,7 +226,7 @@ void addValueCommands(CLI::App& app, const Options& options, Arguments& argument
   encode->callback([&, json] {
     checkStreamUsage(arguments, json->count() > 0, "JSON");
     Catalogue catalogue(options);
-    if (arguments.isStream) return runEncodeStream(catalogue, arguments.streamType);
+    if (arguments.isStream) return runEncodeStream(catalogue, arguments.stream);
     runEncode(catalogue, arguments.type, arguments.json);
   });
 }
@@ -261,6 +311,15 @@ void addCatalogueCommands(CLI::App& app, Options& options, Arguments& arguments)
     runDescribe(catalogue, arguments.type, arguments.withFormatTrees);
   });
 
+  CLI::App* schema =
+      app.add_subcommand("schema", "Show the JSON Schema of the JSON that a type converts to");
+  schema->add_option("TYPE", arguments.types, "One name or more; of several, a line each")
+      ->required();
+  schema->callback([&] {
+    Catalogue catalogue(options);
+    runSchema(catalogue, arguments.types);
+  });
+
   CLI::App* profile = app.add_subcommand("profile", "Show a functional profile");
   profile->add_option("PROFILE", arguments.profile, "Name such as SFPTnodeObject, or its key")
       ->required();
@@ -276,12 +335,36 @@ void addCatalogueCommands(CLI::App& app, Options& options, Arguments& arguments)
     runCheck(catalogue);
   });
 
+  CLI::App* diff = app.add_subcommand("diff", "Show what has changed between two catalogues");
+  diff->add_option("OLD", arguments.oldCatalog, "Base folder of the one to start from")->required();
+  diff->add_option("NEW", arguments.newCatalog, "Base folder of the one to compare")->required();
+  diff->callback([&] {
+    // An empty name would stand for the catalogue that is used by default.
+    if (arguments.oldCatalog.empty() || arguments.newCatalog.empty()) {
+      throw Failure(kNotFound, "no catalogue: the name of a folder is empty");
+    }
+    Options oldOptions = options;
+    oldOptions.catalog = arguments.oldCatalog;
+    Options newOptions = options;
+    newOptions.catalog = arguments.newCatalog;
+    Catalogue oldCatalogue(oldOptions);
+    Catalogue newCatalogue(newOptions);
+    runDiff(oldCatalogue, newCatalogue);
+  });
+
   CLI::App* list = app.add_subcommand("list", "List the types of the catalogue");
-  list->add_option("KIND", arguments.kind, "nv, cp, enum or fp; all when left out");
-  list->add_option("PATTERN", arguments.pattern, "Part of a name, or a pattern with * and ?");
+  ListQuery& query = arguments.listQuery;
+  list->add_option("KIND", query.kindOrPattern, "nv, cp, enum or fp; all when left out");
+  list->add_option("PATTERN", query.pattern, "Part of a name, or a pattern with * and ?");
+  list->add_option("--kind", query.kind, "The same as KIND; the argument is PATTERN then")
+      ->type_name("KIND");
+  list->add_option("--unit", query.unit, "Types with a member of that unit; * and ? are wildcards")
+      ->type_name("TEXT");
+  list->add_option("--size", query.size, "Types whose values have N bytes, or N to M")
+      ->type_name("N[-M]");
   list->callback([&] {
     Catalogue catalogue(options);
-    runList(catalogue, arguments.kind, arguments.pattern);
+    runList(catalogue, arguments.listQuery);
   });
 }
 
@@ -300,6 +383,7 @@ int run(int argc, char** argv) {
   addMemberCommands(app, options, arguments);
   addCatalogueCommands(app, options, arguments);
   addCompletionCommand(app);
+  addExamples(app);
   try {
     if (argc > 1 && std::strcmp(argv[1], "complete") == 0) {
       runComplete(app, {argv + 2, argv + argc});

@@ -149,7 +149,7 @@ const std::vector<OfferCase> kParserCases = {
     {"ByteOrders", {"--order", ""}, {"words", "big", "little"}},
     {"ByteOrdersWithEqualsSign", {"--order=l"}, {"words", "big", "little"}},
     {"OptionOfACommand", {"swap", "SNVT_switch", "--from", ""}, {"words", "big", "little"}},
-    {"WordsOfAChoice", {"--color", ""}, {"words", "auto", "always", "never"}},
+    {"WordsOfAChoice", {"--color", ""}, {"words", "always", "auto", "never"}},
     {"Shells", {"completion", ""}, {"words", "bash", "zsh", "fish"}},
     {"Kinds", {"list", ""}, {"words", "nv", "cp", "enum", "fp"}},
     {"FolderForAnOption", {"--catalog", "/"}, {"folders"}},

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <thread>
 #include <utility>
@@ -168,7 +169,9 @@ TEST_P(FailingLine, KeepsItsPlace) {
   const ToolResult result =
       runTool(GetParam().arguments, good + "\n" + GetParam().input + "\n" + good + "\n");
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.errors, "korvat: 1 of 3 records failed; each has its \"error\"\n");
+  EXPECT_EQ(result.errors.rfind("korvat: 1 failed, the first in line 2: ", 0), 0u);
+  EXPECT_EQ(result.errors.substr(result.errors.find('\n') + 1),
+            "korvat: 1 of 3 records failed; each has its \"error\"\n");
   EXPECT_EQ(result.output, done + "\n" + GetParam().output + "\n" + done + "\n");
 }
 
@@ -256,7 +259,9 @@ TEST_P(FailingLineStart, KeepsItsPlace) {
   const ToolResult result = runTool(
       GetParam().arguments, kSwitchRecord + "\n" + GetParam().input + "\n" + kSwitchRecord + "\n");
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.errors, "korvat: 1 of 3 records failed; each has its \"error\"\n");
+  EXPECT_EQ(result.errors.rfind("korvat: 1 failed, the first in line 2: ", 0), 0u);
+  EXPECT_EQ(result.errors.substr(result.errors.find('\n') + 1),
+            "korvat: 1 of 3 records failed; each has its \"error\"\n");
   const std::string start = kSwitchDone + "\n" + GetParam().output;
   const std::string end = "\"}\n" + kSwitchDone + "\n";
   ASSERT_GE(result.output.size(), start.size() + end.size()) << result.output;
@@ -301,7 +306,58 @@ TEST(Stream, CountsEveryRecordThatFails) {
   const ToolResult result =
       runTool({"decode", "--stream"}, "1\n\n" + kSwitchRecord + "\n2\n" + kSwitchRecord + "\n3\n");
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.errors, "korvat: 3 of 5 records failed; each has its \"error\"\n");
+  EXPECT_EQ(result.errors,
+            "korvat: 3 failed, the first in line 1: expected a JSON object\n"
+            "korvat: 3 of 5 records failed; each has its \"error\"\n");
+}
+
+// Reasons are told apart by what is left of their messages without numbers, quoted texts and paths.
+TEST(Stream, SumsUpTheReasons) {
+  const ToolResult result =
+      runTool({"encode", "--stream", "--type", "SNVT_switch"}, R"({"value":1})"
+                                                               "\n"
+                                                               R"({"value":"a","state":1})"
+                                                               "\n\n"
+                                                               R"({"value":1,"state":"b"})"
+                                                               "\n"
+                                                               R"({"state":1})"
+                                                               "\n"
+                                                               R"({"value":1,"state":1,"c":5})"
+                                                               "\n"
+                                                               R"({"value":1,"state":{}})"
+                                                               "\n"
+                                                               R"({"value":1,"state":1})"
+                                                               "\n[");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(
+      result.errors,
+      "korvat: 3 failed, the first in line 2: cannot encode SNVT_switch: not a number: ...\n"
+      "korvat: 2 failed, the first in line 1: cannot encode SNVT_switch: a number is missing\n"
+      "korvat: 1 failed, the first in line 6: cannot encode SNVT_switch: "
+      "unknown member '...'\n"
+      "korvat: 1 failed, the first in line 9: not JSON: Invalid value.\n"
+      "korvat: 7 of 8 records failed; each has its \"error\"\n");
+}
+
+// Twelve reasons, the last of them twice.
+TEST(Stream, ShowsTheTenMostFrequentReasons) {
+  const Words types = {"amp",    "amp_mil", "angle", "count", "count_inc", "freq_hz", "temp",
+                       "temp_p", "lux",     "press", "speed", "flow",      "flow"};
+  std::string input;
+  for (const std::string& type : types)
+    input += R"({"type":"SNVT_)" + type +
+             R"(","raw":"00"})"
+             "\n";
+  const auto lineOf = [&](int count, std::size_t line) {
+    return "korvat: " + std::to_string(count) + " failed, the first in line " +
+           std::to_string(line) + ": N byte given, but a value of SNVT_" + types[line - 1] +
+           " has N\n";
+  };
+  std::string errors = lineOf(2, 12);
+  for (std::size_t line = 1; line <= 9; ++line) errors += lineOf(1, line);
+  errors += "korvat: 2 failed for 2 other reasons\n";
+  errors += "korvat: 13 of 13 records failed; each has its \"error\"\n";
+  EXPECT_EQ(runTool({"decode", "--stream"}, input).errors, errors);
 }
 
 // --- Long lines and many lines ---
@@ -331,7 +387,9 @@ TEST(Stream, RefusesALongerLineAndGoesOn) {
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output,
               "{\"error\":\"the line has more than 16777216 bytes\"}\n" + kSwitchDone + "\n");
-    EXPECT_EQ(result.errors, "korvat: 1 of 2 records failed; each has its \"error\"\n");
+    EXPECT_EQ(result.errors,
+              "korvat: 1 failed, the first in line 1: the line has more than N bytes\n"
+              "korvat: 1 of 2 records failed; each has its \"error\"\n");
   }
 }
 
@@ -412,7 +470,8 @@ struct Ending {
 // A program that runs by itself: nobody has to read what it writes.
 class RunningTool {
  public:
-  RunningTool(const Words& arguments, int input, int output) {
+  // `errors` takes its standard error; without it, that is part of the ending.
+  RunningTool(const Words& arguments, int input, int output, int errors = -1) {
     Words words{KORVAT_TOOL};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
@@ -423,7 +482,8 @@ class RunningTool {
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, fileno(_errors), STDERR_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, errors < 0 ? fileno(_errors) : errors,
+                                     STDERR_FILENO);
     _isStarted =
         posix_spawn(&_process, KORVAT_TOOL, &actions, nullptr, pointers.data(), environ) == 0;
     posix_spawn_file_actions_destroy(&actions);
@@ -544,6 +604,141 @@ TEST(Stream, AnswersEachLineAtOnce) {
   input.closeWriter();
   const Ending ending = tool.wait();
   EXPECT_EQ(ending.status, 0);
+}
+
+// --- Terminals and pipes ---
+
+// A file without a name that holds a text.
+class TextFile {
+ public:
+  explicit TextFile(const std::string& text = "") {
+    std::fwrite(text.data(), 1, text.size(), _file);
+    std::rewind(_file);
+  }
+  TextFile(const TextFile&) = delete;
+  TextFile& operator=(const TextFile&) = delete;
+  ~TextFile() { std::fclose(_file); }
+
+  int getNumber() const { return fileno(_file); }
+
+  std::string readAll() {
+    std::string text;
+    std::rewind(_file);
+    for (int c = 0; (c = std::fgetc(_file)) != EOF;) text += static_cast<char>(c);
+    return text;
+  }
+
+ private:
+  std::FILE* _file = std::tmpfile();
+};
+
+// What a program writes to a terminal.
+class Terminal {
+ public:
+  Terminal() : _reader(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+    if (_reader < 0 || grantpt(_reader) != 0 || unlockpt(_reader) != 0) return;
+    _writer = open(ptsname(_reader), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+  ~Terminal() {
+    if (_writer >= 0) close(_writer);
+    if (_reader >= 0) close(_reader);
+  }
+
+  int getNumber() const { return _writer; }
+
+  std::string readAll() {
+    std::string text;
+    char block[4096];
+    pollfd ready{_reader, POLLIN, 0};
+    while (poll(&ready, 1, 0) == 1 && (ready.revents & POLLIN) != 0) {
+      const ssize_t size = read(_reader, block, sizeof block);
+      if (size <= 0) break;
+      text.append(block, static_cast<std::size_t>(size));
+    }
+    return text;
+  }
+
+ private:
+  int _reader;
+  int _writer = -1;
+};
+
+const std::string kErase = "\r\033[K";
+
+TEST(StreamProgress, IsShownOnATerminalAndErased) {
+  Terminal terminal;
+  ASSERT_GE(terminal.getNumber(), 0);
+  const TextFile input("C801\nC8\n0000\n");
+  TextFile output;
+  const Ending ending = RunningTool({"decode", "--stream", "--type", "SNVT_switch"},
+                                    input.getNumber(), output.getNumber(), terminal.getNumber())
+                            .wait();
+  EXPECT_EQ(ending.status, 1);
+  const std::string shown = terminal.readAll();
+  const std::string start = kErase + "3 records, 100 %, ";
+  const std::string end =
+      " a second" + kErase + "korvat: 1 failed, the first in line 2: N byte given";
+  EXPECT_EQ(shown.substr(0, start.size()), start) << shown;
+  const std::size_t digits = shown.find_first_not_of("0123456789", start.size());
+  EXPECT_GT(digits, start.size());
+  EXPECT_EQ(shown.substr(digits, end.size()), end) << shown;
+  EXPECT_EQ(std::count(shown.begin(), shown.end(), '\n'), 2);
+}
+
+TEST(StreamProgress, IsNotShownWhereTheOutputIs) {
+  Terminal terminal;
+  ASSERT_GE(terminal.getNumber(), 0);
+  const TextFile input("C801\n");
+  const Ending ending = RunningTool({"decode", "--stream", "--type", "SNVT_switch"},
+                                    input.getNumber(), terminal.getNumber(), terminal.getNumber())
+                            .wait();
+  EXPECT_EQ(ending.status, 0);
+  EXPECT_EQ(terminal.readAll(), "{\"value\":100.0,\"state\":1}\r\n");
+}
+
+TEST(StreamProgress, IsNotShownForAPipe) {
+  Terminal terminal;
+  Pipe input;
+  ASSERT_TRUE(terminal.getNumber() >= 0 && input.isOpen);
+  ASSERT_EQ(write(input.ends[1], "C801\n", 5), 5);
+  TextFile output;
+  RunningTool tool({"decode", "--stream", "--type", "SNVT_switch"}, input.ends[0],
+                   output.getNumber(), terminal.getNumber());
+  input.closeWriter();
+  EXPECT_EQ(tool.wait().status, 0);
+  EXPECT_EQ(output.readAll(), "{\"value\":100.0,\"state\":1}\n");
+  EXPECT_EQ(terminal.readAll(), "");
+}
+
+TEST(StreamOfRows, GoesThroughAPipe) {
+  std::string input = "n,raw,note\n";
+  std::string output = "n,raw,note,value,error\n";
+  for (unsigned i = 0; i < 20'000; ++i) {
+    char raw[5];
+    std::snprintf(raw, sizeof raw, "%04X", i);
+    const std::string row = std::to_string(i) + "," + raw + ",\"" + std::string(i % 97, 'x') +
+                            "\n\"\"" + std::string(i % 13, ',') + "\"";
+    input += row + "\n";
+    output += row + "," + std::to_string(i) + ",\n";
+  }
+  Pipe pipe;
+  ASSERT_TRUE(pipe.isOpen);
+  TextFile shown;
+  RunningTool tool({"decode", "--stream", "--type", "SNVT_count", "--csv-in", "--csv"},
+                   pipe.ends[0], shown.getNumber());
+  pipe.closeReader();
+  for (std::size_t begin = 0; begin < input.size();) {
+    const ssize_t size = write(pipe.ends[1], input.data() + begin, input.size() - begin);
+    ASSERT_GT(size, 0);
+    begin += static_cast<std::size_t>(size);
+  }
+  pipe.closeWriter();
+  const Ending ending = tool.wait();
+  EXPECT_EQ(ending.status, 0);
+  EXPECT_EQ(ending.errors, "");
+  EXPECT_TRUE(shown.readAll() == output);
 }
 
 }  // namespace

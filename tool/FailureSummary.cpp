@@ -1,0 +1,132 @@
+#include "tool/FailureSummary.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace zavri::korvat::tool {
+
+namespace {
+
+// Reasons that are told apart. Words of a record may get into the messages.
+constexpr std::size_t kMostReasons = 1000;
+const char* const kOtherReasons = "other reasons";
+// What a message gives in JSON behind these words goes on to its end.
+constexpr std::string_view kLeads[] = {"found: ", "not a number: "};
+
+bool isWordPart(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
+}
+
+// Of "cannot encode TYPE: path: what is wrong" the message without the path.
+std::string dropPath(const std::string& message) {
+  constexpr std::string_view kStart = "cannot encode ";
+  if (message.compare(0, kStart.size(), kStart) != 0) return message;
+  const std::size_t path = message.find(": ", kStart.size());
+  if (path == std::string::npos) return message;
+  const std::size_t text = message.find(": ", path + 2);
+  const bool isPath = text != std::string::npos && message.find(' ', path + 2) > text;
+  return isPath ? message.substr(0, path) + message.substr(text) : message;
+}
+
+// Of several problems the message shows the first one.
+std::string dropCount(const std::string& message) {
+  return message.substr(0, message.rfind(" (and "));
+}
+
+// The position behind the text quoted from `begin` on; `begin` when it is no such text: an
+// apostrophe, or a double quote that names a property.
+std::size_t skipQuoted(const std::string& text, std::size_t begin) {
+  const char quote = text[begin];
+  const char before = begin == 0 ? '\0' : text[begin - 1];
+  if (quote == '\'' && isWordPart(before)) return begin;
+  if (quote == '"' && (begin < 2 || text.compare(begin - 2, 2, ": ") != 0)) return begin;
+  const std::size_t end = quote == '"' ? text.rfind(quote) : text.find(quote, begin + 1);
+  return end == std::string::npos || end <= begin ? begin : end + 1;
+}
+
+std::size_t skipNumber(const std::string& text, std::size_t begin) {
+  std::size_t end = begin;
+  while (end < text.size() && (std::isdigit(static_cast<unsigned char>(text[end])) != 0 ||
+                               (text[end] == '.' && end + 1 < text.size() &&
+                                std::isdigit(static_cast<unsigned char>(text[end + 1])) != 0))) {
+    ++end;
+  }
+  return end;
+}
+
+}  // namespace
+
+std::string toReason(const std::string& message) {
+  const std::string text = dropCount(dropPath(message));
+  std::string reason;
+  std::size_t i = 0;
+  while (i < text.size()) {
+    const char c = text[i];
+    const bool isDigit = std::isdigit(static_cast<unsigned char>(c)) != 0;
+    if (text.compare(i, 2, "; ") == 0) return reason;  // a hint follows
+    if (text.compare(i, 7, " (byte ") == 0 && text.find(')', i) != std::string::npos) {
+      i = text.find(')', i) + 1;
+      continue;
+    }
+    for (const std::string_view lead : kLeads) {
+      if (text.compare(i, lead.size(), lead) == 0) return reason + std::string(lead) + "...";
+    }
+    if (c == '\'' || c == '"') {
+      const std::size_t end = skipQuoted(text, i);
+      if (end > i) {
+        reason += std::string(1, c) + "..." + c;
+        i = end;
+        continue;
+      }
+    } else if (isDigit && (i == 0 || !isWordPart(text[i - 1]))) {
+      reason += 'N';
+      i = skipNumber(text, i);
+      continue;
+    }
+    reason += c;
+    ++i;
+  }
+  return reason;
+}
+
+void FailureSummary::add(const std::string& message, std::uint64_t line) {
+  ++_count;
+  const std::string reason = toReason(message);
+  auto found = _groups.find(reason);
+  if (found == _groups.end()) {
+    const bool isKept = _groups.size() < kMostReasons;
+    found = _groups.emplace(isKept ? reason : kOtherReasons, Group{0, line}).first;
+  }
+  ++found->second.count;
+}
+
+void FailureSummary::print() const {
+  using Row = std::pair<std::string, Group>;
+  std::vector<Row> rows(_groups.begin(), _groups.end());
+  std::sort(rows.begin(), rows.end(), [](const Row& a, const Row& b) {
+    if (a.second.count != b.second.count) return a.second.count > b.second.count;
+    return a.second.firstLine < b.second.firstLine;
+  });
+  const std::size_t shown = std::min(rows.size(), kMostShown);
+  std::uint64_t rest = _count;
+  for (std::size_t i = 0; i < shown; ++i) {
+    const Group& group = rows[i].second;
+    std::string reason = rows[i].first;
+    std::replace_if(
+        reason.begin(), reason.end(), [](unsigned char c) { return c < ' '; }, ' ');
+    std::fprintf(stderr, "korvat: %llu failed, the first in line %llu: %s\n",
+                 static_cast<unsigned long long>(group.count),
+                 static_cast<unsigned long long>(group.firstLine), reason.c_str());
+    rest -= group.count;
+  }
+  if (rest > 0) {
+    std::fprintf(stderr, "korvat: %llu failed for %zu other reasons\n",
+                 static_cast<unsigned long long>(rest), rows.size() - shown);
+  }
+}
+
+}  // namespace zavri::korvat::tool
