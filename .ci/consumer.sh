@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the release build, which must exist, into a temporary prefix and proves what is there:
 # the program with its catalogue, and the library for a project that finds it through CMake or
-# through pkg-config, both in another place than the one it was installed to.
+# through pkg-config and for the examples, all in another place than the one it was installed to.
 set -euo pipefail
 
 cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.."
@@ -59,6 +59,15 @@ checkCMake() {
   expect "the consumer built with CMake" "$folder/build/consumer"
 }
 
+# The programs of the documentation: public headers have to be enough for them.
+checkExamples() {
+  quietly cmake -G Ninja -S examples -B "$folder/examples" -DCMAKE_PREFIX_PATH="$prefix" ||
+    fail "the examples do not find the installed library"
+  quietly cmake --build "$folder/examples" || fail "the examples do not build"
+  quietly ctest --test-dir "$folder/examples" --no-tests=error --output-on-failure ||
+    fail "the examples print something else"
+}
+
 installRelease
 checkProgram
 pkgConfigFile=$(find "$prefix" -name korvat.pc)
@@ -67,4 +76,5 @@ flags=$(pkg-config --cflags korvat)
 checkHeaders
 checkPkgConfig
 checkCMake
-echo "the installed program and both consumers print $expected"
+checkExamples
+echo "the installed program and both consumers print $expected; the examples run"
