@@ -86,6 +86,13 @@ Catalogue::Catalogue(const Options& options)
     throw Failure(kNotFound, "no catalogue: '" + _folder +
                                  "' is not a folder; name the base folder with --catalog DIR");
   }
+  if (!options.prefix.empty() &&
+      TypeId(ResourceType::Nv, options.prefix, "").getScope() == Scope::InvalidScope) {
+    throw Failure(kWrongUsage, "--prefix: '" + options.prefix +
+                                   "' names no set; expected 16 hexadecimal digits, '-' and a "
+                                   "scope from 0 to 6")
+        .with("given", options.prefix);
+  }
   _manager.setBaseDir(_folder);
   _manager.setNetworkEndianess(options.order);
   _manager.setUseDynamicArrays(options.useDynamicArrays);

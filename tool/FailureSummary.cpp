@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "tool/ErrorReport.h"
 
 namespace zavri::korvat::tool {
 
@@ -93,6 +94,16 @@ std::string toReason(const std::string& message) {
   return reason;
 }
 
+namespace {
+
+json::Value numberOf(std::uint64_t number) {
+  json::Value value;
+  value.setValue(number);
+  return value;
+}
+
+}  // namespace
+
 void FailureSummary::add(const std::string& message, std::uint64_t line) {
   ++_count;
   const std::string reason = toReason(message);
@@ -104,7 +115,7 @@ void FailureSummary::add(const std::string& message, std::uint64_t line) {
   ++found->second.count;
 }
 
-void FailureSummary::print() const {
+void FailureSummary::print(bool asJson) const {
   using Row = std::pair<std::string, Group>;
   std::vector<Row> rows(_groups.begin(), _groups.end());
   std::sort(rows.begin(), rows.end(), [](const Row& a, const Row& b) {
@@ -115,17 +126,20 @@ void FailureSummary::print() const {
   std::uint64_t rest = _count;
   for (std::size_t i = 0; i < shown; ++i) {
     const Group& group = rows[i].second;
-    std::string reason = rows[i].first;
-    std::replace_if(
-        reason.begin(), reason.end(), [](unsigned char c) { return c < ' '; }, ' ');
-    std::fprintf(stderr, "korvat: %llu failed, the first in line %llu: %s\n",
-                 static_cast<unsigned long long>(group.count),
-                 static_cast<unsigned long long>(group.firstLine), reason.c_str());
+    const std::string& reason = rows[i].first;
+    const std::string place = std::to_string(group.count) + " failed, the first in line " +
+                              std::to_string(group.firstLine) + ": ";
+    report(Failure(kProblem, asJson ? reason : place + reason)
+               .with("count", numberOf(group.count))
+               .with("line", numberOf(group.firstLine)),
+           asJson);
     rest -= group.count;
   }
   if (rest > 0) {
-    std::fprintf(stderr, "korvat: %llu failed for %zu other reasons\n",
-                 static_cast<unsigned long long>(rest), rows.size() - shown);
+    const std::string reasons = std::to_string(rows.size() - shown) + " other reasons";
+    report(Failure(kProblem, asJson ? reasons : std::to_string(rest) + " failed for " + reasons)
+               .with("count", numberOf(rest)),
+           asJson);
   }
 }
 

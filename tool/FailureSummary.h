@@ -18,8 +18,9 @@ class FailureSummary {
 
   std::uint64_t getCount() const { return _count; }
 
-  // The most frequent reasons, one line each, to standard error.
-  void print() const;
+  // The most frequent reasons, one line each, to standard error; as JSON with "count", and "line",
+  // the first one that failed.
+  void print(bool asJson) const;
 
  private:
   struct Group {

@@ -66,7 +66,7 @@ class Stream {
     if (_options.isCsv) _rows = makeRows(defaultType);
     convertInput();
     if (_failures.getCount() == 0) return;
-    _failures.print();
+    _failures.print(_catalogue.getOptions().errorForm == "json");
     throw Failure(kProblem, std::to_string(_failures.getCount()) + " of " + std::to_string(_count) +
                                 " records failed; each has its \"error\"");
   }

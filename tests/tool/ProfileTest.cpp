@@ -190,9 +190,8 @@ const std::vector<RefusalCase> kRefusals = {
      "general ones; see 'korvat list fp'"},
     {"PrefixOfAnotherLength",
      {"--prefix", "9FFF", "profile", "1"},
-     3,
-     "no functional profile with the key 1 in set 9FFF and the more general ones; see 'korvat "
-     "list fp'"},
+     2,
+     "--prefix: '9FFF' names no set; expected 16 hexadecimal digits, '-' and a scope from 0 to 6"},
     {"AnotherKindOfType",
      {"profile", "SNVT_switch"},
      3,
