@@ -252,7 +252,7 @@ std::string toText(const json::Value& type, const std::string& grid) {
   const bool isEnum = !type["items"].isNull();
   std::string text = type["name"].asString() + "  " + type["kind"].asString() + " " +
                      type["index"].asString() + "  set " + type["set"].asString();
-  if (!isEnum) text += "  " + type["size"].asString() + " bytes";
+  if (!isEnum) text += "  " + bytesText(static_cast<std::size_t>(type["size"].asInt32()));
   if (type["obsolete"].asInt32() != 0) text += "  obsolete";
   text += "\n";
   if (!type["summary"].isNull()) text += type["summary"].asString() + "\n";

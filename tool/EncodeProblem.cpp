@@ -121,7 +121,9 @@ Failure explainProblem(Catalogue& catalogue, const VarType& type, const json::Va
           " (byte " + byte.asString() + (bit.isNull() ? "" : ", bit " + bit.asString()) + ")";
     }
     expected = expectationOf(manager, place);
-    if (!expected.text.empty()) message += "; expected " + expected.text;
+    // What the library says about an enumeration tells already that it takes names and numbers.
+    const bool isSaid = place.getMember()->getKind() == Member::Kind::Enum;
+    if (!expected.text.empty() && !isSaid) message += "; expected " + expected.text;
   }
   const std::vector<std::string> nearest =
       findNearest(unknownName(node, expected.names), expected.names);

@@ -159,8 +159,8 @@ void runGuess(Catalogue& catalogue, const std::vector<std::string>& hex) {
   base::Buffer raw = catalogue.readHex(join(hex));
   const std::vector<Candidate> candidates = findCandidates(catalogue, raw);
   if (candidates.empty()) {
-    throw Failure(kNotFound, "no type of " + std::to_string(raw.getSize()) +
-                                 " bytes has this value within its limits");
+    throw Failure(kNotFound,
+                  "no type of " + bytesText(raw.getSize()) + " has this value within its limits");
   }
   json::Value rows;
   rows.switchType(json::JsonType::Array);

@@ -15,6 +15,7 @@
 #include "korvat/types/FpType.h"
 #include "korvat/types/ResourceGroup.h"
 #include "tool/Failure.h"
+#include "tool/TextTable.h"
 
 namespace zavri::korvat::tool {
 
@@ -207,7 +208,8 @@ std::string toLine(const json::Value& entry) {
   line += std::string(index.size() < 5 ? 5 - index.size() : 0, ' ') + index + "  ";
   line += entry["name"].asString();
   if (line.size() < 44) line.resize(44, ' ');
-  if (!entry["size"].isNull()) line += "  " + entry["size"].asString() + " bytes";
+  if (!entry["size"].isNull())
+    line += "  " + bytesText(static_cast<std::size_t>(entry["size"].asInt32()));
   if (!entry["items"].isNull()) line += "  " + entry["items"].asString() + " items";
   if (!entry["key"].isNull()) line += "  key " + entry["key"].asString() + ",";
   if (!entry["nvs"].isNull()) {

@@ -21,6 +21,7 @@
 #include "korvat/types/FpType.h"
 #include "korvat/types/VarType.h"
 #include "tool/NumberRange.h"
+#include "tool/TextTable.h"
 
 namespace zavri::korvat::tool {
 
@@ -226,7 +227,7 @@ class VarTypeCheck {
     if (!_type.getMaxSize(&_manager, byteCount)) {
       error("the layout cannot be followed: it holds itself, or is too large");
     } else if (_type.getSize() == 0) {
-      warn("declares no size; its members take " + std::to_string(byteCount) + " bytes");
+      warn("declares no size; its members take " + bytesText(byteCount));
     } else if (byteCount != static_cast<unsigned>(_type.getSize())) {
       error("declares " + std::to_string(_type.getSize()) + " bytes, its members take " +
             std::to_string(byteCount));

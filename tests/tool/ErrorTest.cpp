@@ -80,7 +80,7 @@ const std::vector<LessonCase> kLessons = {
     {"Enumerator",
      {"encode", "SNVT_hvac_mode", "\"HVAC_HAET\""},
      1,
-     "; expected a name or number of hvac_t; did you mean 'HVAC_HEAT'?"},
+     "is neither a name nor a number of hvac_t; did you mean 'HVAC_HEAT'?"},
     // Places: 2 bytes of number, then a byte of flags.
     {"BitOfAField",
      {"encode", "SNVT_obj_status", R"({"object_id":1,"invalid_id":0,"invalid_request":"x"})"},

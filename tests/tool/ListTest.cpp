@@ -61,7 +61,7 @@ class ListedTypes {
   TempCatalogue _files;
 };
 
-const std::string kLevel = "nv       1  SNVT_level                        1 bytes\n";
+const std::string kLevel = "nv       1  SNVT_level                        1 byte\n";
 const std::string kTemp = "nv       2  SNVT_temp                         2 bytes\n";
 const std::string kRoom = "nv       3  SNVT_room                         3 bytes\n";
 const std::string kCount = "nv       4  SNVT_count                        4 bytes\n";
