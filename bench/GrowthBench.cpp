@@ -38,7 +38,7 @@ class OneType {
 };
 
 std::unique_ptr<OneType> makeMembers(Size size) {
-  const unsigned count = size == Size::Small ? 100 : 1000;
+  const unsigned count = size == Size::Small ? 20 : 200;
   std::string members;
   for (unsigned i = 0; i < count; ++i) {
     members += test::tag("member", test::scalar("unsigned short") +
@@ -50,7 +50,7 @@ std::unique_ptr<OneType> makeMembers(Size size) {
 }
 
 std::unique_ptr<OneType> makeElements(Size size) {
-  const unsigned count = size == Size::Small ? 1000 : 10'000;
+  const unsigned count = size == Size::Small ? 100 : 1000;
   const std::string fields = test::arraySize(static_cast<int>(count));
   return std::make_unique<OneType>(test::scalar("unsigned long", fields), 2 * count);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -46,7 +47,7 @@ class TOrderMap {
   T& append(std::string_view key) {
     _entries.emplace_back(std::piecewise_construct, std::forward_as_tuple(key),
                           std::forward_as_tuple());
-    addToIndex();
+    if (_entries.size() >= kIndexedFrom) addToIndex();
     return _entries.back().second;
   }
 
@@ -94,14 +95,12 @@ class TOrderMap {
     return slot;
   }
 
-  // Takes the last entry into the index, which is made or doubled when it is due.
+  // Takes the last entry into the index, which is made, or made anew, when it is due: with room for
+  // all entries that there is room for.
   void addToIndex() {
-    if (_entries.size() < kIndexedFrom) return;
-
     std::size_t first = _entries.size() - 1;
     if (_slots.size() < 2 * _entries.size()) {
-      const std::size_t size = _slots.empty() ? 4 * kIndexedFrom : 2 * _slots.size();
-      _slots.assign(size, Slot());
+      _slots.assign(std::bit_ceil(2 * _entries.capacity()), Slot());
       first = 0;
     }
     for (std::size_t i = first; i < _entries.size(); ++i) {

@@ -215,7 +215,6 @@ class ConversionPlan::Maker {
     if (row.byteCount == 0 || row.isFloating) return false;
     place.closeByte();
     Step& step = addStep(kindOf(scalar), scalar, name, place);
-    step.ncType = scalar.getNcType();
     step.byteCount = static_cast<std::uint8_t>(row.byteCount);
     step.isSigned = row.isSigned;
     setRange(step, scalar, std::int64_t{1} << (8 * row.byteCount));
@@ -232,10 +231,9 @@ class ConversionPlan::Maker {
   }
 
   static void setDecimal(Step& step, const Scaling& scaling) {
-    step.decimals = -scaling.b;
+    step.decimals = static_cast<std::uint8_t>(-scaling.b);
     step.factor = scaling.a;
     step.added = scaling.c;
-    step.power = static_cast<double>(kPowersOfTen[static_cast<std::size_t>(step.decimals)]);
   }
 
   static Step::Kind kindOf(const MemScalar& scalar) {
@@ -250,7 +248,7 @@ class ConversionPlan::Maker {
     const NcTypeRow& row = ncTypeRow(member.getNcType());
     if (!row.isFloating) return false;
     place.closeByte();
-    addStep(Step::Kind::Floating, member, name, place).ncType = member.getNcType();
+    addStep(Step::Kind::Floating, member, name, place).isSingle = row.byteCount == 4;
     return advance(place, row.byteCount);
   }
 

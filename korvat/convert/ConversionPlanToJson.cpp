@@ -17,6 +17,8 @@ using base::Endianess;
 
 // --- Raw bytes to a document ---
 
+// What a leaf needs beyond a few registers stands in functions that are not inlined: the common
+// leaves would pay for it too.
 class ConversionPlan::DocumentReader {
  public:
   DocumentReader(const ConversionPlan& plan, bool supportsInvalid)
@@ -40,18 +42,12 @@ class ConversionPlan::DocumentReader {
         return readFloating(step, bytes, target);
       case Step::Kind::Bits:
         return readUnscaledBits(step, *bytes, target);
-      case Step::Kind::ScaledBits: {
-        const auto& member = step.as<MemBitfield>();
-        return target.setValue(member.toPhysical(readBits(*bytes, step.slot)));
-      }
-      case Step::Kind::Enum: {
-        const std::string& name = step.names->nameOf(*bytes);
-        return target.setValue(name.empty() ? std::to_string(static_cast<std::int8_t>(*bytes))
-                                            : name);
-      }
+      case Step::Kind::ScaledBits:
+        return readScaledBits(step, *bytes, target);
+      case Step::Kind::Enum:
+        return readEnum(*step.names, *bytes, target);
       case Step::Kind::Text:
-        return target.setValue(
-            readText(bytes, step.count, base::CharEncoding::Iso8859_1, Endianess::Big));
+        return readCharacters(step, bytes, target);
     }
   }
 
@@ -93,22 +89,40 @@ class ConversionPlan::DocumentReader {
   void readDecimal(const Step& step, const std::uint8_t* bytes, json::Value& target) const {
     const std::int64_t raw = step.load(bytes);
     if (isInvalid(step, raw)) return target.setValue("invalid");
-    target.setValue(static_cast<double>(step.factor * (raw + step.added)) / step.power);
+    target.setValue(static_cast<double>(step.toDecimal(raw)) / step.power());
   }
 
-  void readScaled(const Step& step, const std::uint8_t* bytes, json::Value& target) const {
+  [[gnu::noinline]] void readScaled(const Step& step, const std::uint8_t* bytes,
+                                    json::Value& target) const {
     const std::int64_t raw = step.load(bytes);
     if (isInvalid(step, raw)) return target.setValue("invalid");
     target.setValue(step.as<MemScalar>().toPhysical(raw));
   }
 
-  static void readFloating(const Step& step, const std::uint8_t* bytes, json::Value& target) {
+  [[gnu::noinline]] static void readFloating(const Step& step, const std::uint8_t* bytes,
+                                             json::Value& target) {
     const auto& member = step.as<MemFloat>();
     double raw = 0;
-    static_cast<void>(readField(step.ncType, bytes, Endianess::Big, raw));
+    static_cast<void>(readField(member.getNcType(), bytes, Endianess::Big, raw));
     if (!member.isScalingIdentity()) return target.setValue(member.toPhysical(raw));
-    if (step.ncType == NcType::Double) return target.setValue(raw);
+    if (!step.isSingle) return target.setValue(raw);
     target.setValue(static_cast<float>(raw));
+  }
+
+  [[gnu::noinline]] static void readScaledBits(const Step& step, std::uint8_t byte,
+                                               json::Value& target) {
+    target.setValue(step.as<MemBitfield>().toPhysical(readBits(byte, step.slot)));
+  }
+
+  [[gnu::noinline]] static void readEnum(const EnumTable& names, std::uint8_t byte,
+                                         json::Value& target) {
+    const std::string& name = names.nameOf(byte);
+    target.setValue(name.empty() ? std::to_string(static_cast<std::int8_t>(byte)) : name);
+  }
+
+  [[gnu::noinline]] static void readCharacters(const Step& step, const std::uint8_t* bytes,
+                                               json::Value& target) {
+    target.setValue(readText(bytes, step.count, base::CharEncoding::Iso8859_1, Endianess::Big));
   }
 
   static void readUnscaledBits(const Step& step, std::uint8_t byte, json::Value& target) {
@@ -216,11 +230,11 @@ class ConversionPlan::TextWriter {
   // The decimal that the double nearest to it would print as: with at most 15 digits, as here, no
   // two decimals have the same double.
   void writeDecimal(const Step& step, std::int64_t raw) {
-    const std::int64_t number = step.factor * (raw + step.added);
+    const std::int64_t number = step.toDecimal(raw);
     makeRoom(kLongestNumber);
     if (number < 0) *_at++ = '-';
     const auto size = static_cast<std::uint64_t>(number < 0 ? -number : number);
-    const auto power = kPowersOfTen[static_cast<std::size_t>(step.decimals)];
+    const auto power = kPowersOfTen[step.decimals];
     _at = std::to_chars(_at, _at + kLongestNumber, size / power).ptr;
     *_at++ = '.';
     std::uint64_t rest = size % power;
@@ -239,9 +253,9 @@ class ConversionPlan::TextWriter {
   void writeFloat(const Step& step, const std::uint8_t* bytes) {
     const auto& member = step.as<MemFloat>();
     double raw = 0;
-    static_cast<void>(readField(step.ncType, bytes, Endianess::Big, raw));
+    static_cast<void>(readField(member.getNcType(), bytes, Endianess::Big, raw));
     if (!member.isScalingIdentity()) return writeFloating(member.toPhysical(raw));
-    if (step.ncType == NcType::Double) return writeFloating(raw);
+    if (!step.isSingle) return writeFloating(raw);
     writeFloating(static_cast<float>(raw));
   }
 

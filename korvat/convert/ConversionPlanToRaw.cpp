@@ -76,7 +76,8 @@ void storeNumber(const M& member, const Number& number, std::uint8_t* bytes) {
   }
 }
 
-void storeScalar(const MemScalar& member, const Number& number, std::uint8_t* bytes) {
+[[gnu::noinline]] void storeScalar(const MemScalar& member, const Number& number,
+                                   std::uint8_t* bytes) {
   switch (member.getNcType()) {
     case NcType::UnsignedChar:
     case NcType::UnsignedShort:
@@ -100,14 +101,22 @@ void storeScalar(const MemScalar& member, const Number& number, std::uint8_t* by
   }
 }
 
-bool storeBitfield(const MemBitfield& member, const Number& number, std::uint8_t* bytes) {
+[[gnu::noinline]] void storeFloat(const MemFloat& member, const Number& number,
+                                  std::uint8_t* bytes) {
+  if (member.getNcType() == NcType::Float) return storeNumber<float>(member, number, bytes);
+  storeNumber<double>(member, number, bytes);
+}
+
+[[gnu::noinline]] bool storeBitfield(const MemBitfield& member, const Number& number,
+                                     std::uint8_t* bytes) {
   const int raw = member.getSlot().isSigned
                       ? int{fitNumber<std::int8_t>(member, number.value, number.isFloating)}
                       : int{fitNumber<std::uint8_t>(member, number.value, number.isFloating)};
   return insertBits(raw, member.getSlot(), *bytes) == AccessStatus::Exact;
 }
 
-bool storeText(std::string_view text, std::uint32_t byteCount, std::uint8_t* bytes) {
+[[gnu::noinline]] bool storeText(std::string_view text, std::uint32_t byteCount,
+                                 std::uint8_t* bytes) {
   const bool isAscii = std::all_of(text.begin(), text.end(),
                                    [](char c) { return static_cast<signed char>(c) >= 0; });
   if (isAscii && text.size() <= byteCount) {
@@ -168,11 +177,7 @@ class ConversionPlan::DocumentWriter {
         storeScalar(step.as<MemScalar>(), number, bytes);
         return true;
       case Step::Kind::Floating:
-        if (step.ncType == NcType::Float) {
-          storeNumber<float>(step.as<MemFloat>(), number, bytes);
-        } else {
-          storeNumber<double>(step.as<MemFloat>(), number, bytes);
-        }
+        storeFloat(step.as<MemFloat>(), number, bytes);
         return true;
       case Step::Kind::Bits:
       case Step::Kind::ScaledBits:
@@ -212,7 +217,7 @@ class ConversionPlan::DocumentWriter {
   static void writeDecimal(const Step& step, const Number& number, std::uint8_t* bytes) {
     constexpr double kExactSteps = 35184372088832.0;  // 2^45
     const double factor = step.factor == 0 ? 1 : step.factor;
-    const double steps = number.value * step.power / factor + 0.5;
+    const double steps = number.value * step.power() / factor + 0.5;
     if (number.isFloating && std::abs(steps) < kExactSteps) {
       auto count = static_cast<std::int64_t>(steps);
       if (static_cast<double>(count) > steps) --count;  // the floor

@@ -279,8 +279,8 @@ std::string TypeManager::toFullTypeId(const TypeId& id, bool isValue) const {
 }
 
 const ConversionPlan* TypeManager::findPlan(const TypeId& id, base::Endianess endianess) const {
-  const bool isCovered = endianess == base::Endianess::Big && !_useDynamicArrays &&
-                         _allowCuttingToMinMax && !base::isLogged(Logger::Trace);
+  const bool isCovered =
+      endianess == base::Endianess::Big && !_useDynamicArrays && !base::isLogged(Logger::Trace);
   if (!isCovered) return nullptr;
   const PlanCache::Entry* entry = _plans->find(id);
   return entry == nullptr ? nullptr : entry->plan.get();
@@ -320,7 +320,7 @@ bool TypeManager::rawToJson(const TypeId& id, const base::Buffer& buffer, json::
 
 bool TypeManager::jsonToRaw(const TypeId& id, const json::Value& value, base::Buffer& buffer,
                             base::Endianess endianess, bool allowSeveralUnionMembers) {
-  const ConversionPlan* plan = findPlan(id, endianess);
+  const ConversionPlan* plan = _allowCuttingToMinMax ? findPlan(id, endianess) : nullptr;
   if (plan != nullptr && plan->jsonToRaw(value, buffer)) return true;
 
   const VarType* type = getVarType(id);
@@ -359,7 +359,7 @@ bool TypeManager::rawToJsonText(const TypeId& id, const base::Buffer& buffer, st
 
 bool TypeManager::jsonTextToRaw(const TypeId& id, std::string_view text, base::Buffer& buffer,
                                 base::Endianess endianess, bool allowSeveralUnionMembers) {
-  const ConversionPlan* plan = findPlan(id, endianess);
+  const ConversionPlan* plan = _allowCuttingToMinMax ? findPlan(id, endianess) : nullptr;
   if (plan != nullptr && plan->jsonTextToRaw(text, buffer)) return true;
 
   if (getVarType(id) == nullptr) return false;
