@@ -78,6 +78,8 @@ void loadCatalogue(benchmark::State& state) {
 
   std::uintmax_t fileSize = 0;
   for (const char* file : kFiles) fileSize += std::filesystem::file_size(pathOf(file));
+  state.SetBytesProcessed(static_cast<std::int64_t>(fileSize) *
+                          static_cast<std::int64_t>(state.iterations()));
   TypeManager manager("bench");
   manager.setBaseDir(kBaseDir);
   const std::size_t before = getHeapSize();

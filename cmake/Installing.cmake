@@ -21,9 +21,16 @@ file(GLOB publicHeaders CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} korvat/
 list(FILTER publicHeaders EXCLUDE REGEX "^korvat/builder/")
 list(REMOVE_ITEM publicHeaders
   korvat/base/AsciiText.h
+  korvat/base/JsonText.h
+  korvat/base/ShortText.h
+  korvat/convert/ConversionPlan.h
   korvat/convert/DynamicArrays.h
   korvat/convert/LeafWriter.h
+  korvat/convert/NumberFit.h
+  korvat/convert/PlanCache.h
+  korvat/convert/PlanStep.h
   korvat/convert/StackPath.h
+  korvat/members/NetworkOrder.h
   korvat/types/DisplayFormats.h)
 foreach(header ${publicHeaders})
   get_filename_component(folder ${header} DIRECTORY)

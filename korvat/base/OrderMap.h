@@ -1,10 +1,12 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -38,10 +40,19 @@ class TOrderMap {
     const std::size_t position = findPosition(key);
     if (position != kAbsent) return _entries[position].second;
 
-    _entries.emplace_back(std::string(key), T());
-    addToIndex();
+    return append(key);
+  }
+
+  // The same for a key that the caller knows to be missing.
+  T& append(std::string_view key) {
+    _entries.emplace_back(std::piecewise_construct, std::forward_as_tuple(key),
+                          std::forward_as_tuple());
+    if (_entries.size() >= kIndexedFrom) addToIndex();
     return _entries.back().second;
   }
+
+  // Makes room for that many entries.
+  void reserve(std::size_t count) { _entries.reserve(count); }
 
   void clear() {
     _entries.clear();
@@ -59,37 +70,51 @@ class TOrderMap {
       }
       return kAbsent;
     }
-    const std::uint32_t found = _slots[findSlot(key)];
-    return found == 0 ? kAbsent : found - 1;
+    const Slot& found = _slots[findSlot(key, hash(key))];
+    return found.entry == 0 ? kAbsent : found.entry - 1;
+  }
+
+  // One place of the hash index. The hash tells most other keys apart without a look at them.
+  struct Slot {
+    std::uint32_t entry = 0;  // position + 1; 0 where free
+    std::uint32_t hash = 0;
+  };
+
+  static std::uint32_t hash(std::string_view key) {
+    return static_cast<std::uint32_t>(std::hash<std::string_view>()(key));
   }
 
   // The slot that holds `key`, else the free one where it belongs.
-  std::size_t findSlot(std::string_view key) const {
+  std::size_t findSlot(std::string_view key, std::uint32_t hash) const {
     const std::size_t mask = _slots.size() - 1;
-    std::size_t slot = std::hash<std::string_view>()(key) & mask;
-    while (_slots[slot] != 0 && _entries[_slots[slot] - 1].first != key) slot = (slot + 1) & mask;
+    std::size_t slot = hash & mask;
+    while (_slots[slot].entry != 0 &&
+           (_slots[slot].hash != hash || _entries[_slots[slot].entry - 1].first != key)) {
+      slot = (slot + 1) & mask;
+    }
     return slot;
   }
 
-  // Takes the last entry into the index, which is made or doubled when it is due.
+  // Takes the last entry into the index, which is made, or made anew, when it is due: with room for
+  // all entries that there is room for.
   void addToIndex() {
-    if (_entries.size() < kIndexedFrom) return;
-
     std::size_t first = _entries.size() - 1;
     if (_slots.size() < 2 * _entries.size()) {
-      _slots.assign(_slots.empty() ? 4 * kIndexedFrom : 2 * _slots.size(), 0);
+      _slots.assign(std::bit_ceil(2 * _entries.capacity()), Slot());
       first = 0;
     }
     for (std::size_t i = first; i < _entries.size(); ++i) {
-      _slots[findSlot(_entries[i].first)] = static_cast<std::uint32_t>(i + 1);
+      const std::string& key = _entries[i].first;
+      const std::uint32_t keyHash = hash(key);
+      _slots[findSlot(key, keyHash)] = {static_cast<std::uint32_t>(i + 1), keyHash};
     }
   }
 
   std::vector<Entry> _entries;  // in order of insertion
 
-  // Hash index with linear probing: position + 1 of an entry, 0 where free. Empty while the map is
-  // small, else a power of two of slots, at least half of them free.
-  std::vector<std::uint32_t> _slots;
+  // Hash index with linear probing. Empty while the map is small, else a power of two of slots, at
+  // least half of them free.
+  std::vector<Slot> _slots;
 };
 
 }  // namespace zavri::base

@@ -25,10 +25,6 @@ void ProgId::set(const std::uint8_t* bytes) {
   std::copy(bytes, bytes + kSize, _bytes.begin());
 }
 
-bool ProgId::isValid() const {
-  return *this != ProgId();
-}
-
 std::string ProgId::toString() const {
   std::string text;
   util::BinaryUtils::bufferToString(text, _bytes.data(), kSize);

@@ -23,7 +23,7 @@ class KORVAT_API ProgId {
   void set(const std::uint8_t* bytes);
 
   // False for the all-zero standard ID.
-  bool isValid() const;
+  bool isValid() const { return *this != ProgId(); }
 
   const std::array<std::uint8_t, kSize>& getBytes() const { return _bytes; }
   // 16 upper-case hexadecimal digits.

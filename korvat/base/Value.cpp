@@ -1,7 +1,6 @@
 #include "korvat/base/Value.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -13,8 +12,8 @@
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 
+#include "korvat/base/JsonText.h"
 #include "korvat/base/StringUtils.h"
-#include "korvat/base/Utf8.h"
 
 namespace zavri::json {
 
@@ -150,83 +149,6 @@ T saturate(double number) {
   return static_cast<T>(number);
 }
 
-// Characters of a string that cannot be copied as they are: quotes, backslashes, control
-// characters, and bytes beyond ASCII, which may be broken.
-constexpr std::array<bool, 256> makeSpecialBytes() {
-  std::array<bool, 256> isSpecial{};
-  for (std::size_t byte = 0; byte < isSpecial.size(); ++byte) {
-    isSpecial[byte] = byte < 0x20 || byte >= 0x80 || byte == '"' || byte == '\\';
-  }
-  return isSpecial;
-}
-
-constexpr std::array<bool, 256> kIsSpecial = makeSpecialBytes();
-
-void appendEscaped(std::string& text, char c) {
-  switch (c) {
-    case '"':
-    case '\\':
-      text += '\\';
-      text += c;
-      return;
-    case '\b':
-      text += "\\b";
-      return;
-    case '\f':
-      text += "\\f";
-      return;
-    case '\n':
-      text += "\\n";
-      return;
-    case '\r':
-      text += "\\r";
-      return;
-    case '\t':
-      text += "\\t";
-      return;
-  }
-  constexpr char kDigits[] = "0123456789abcdef";
-  text += "\\u00";
-  text += kDigits[(c >> 4) & 0x0F];
-  text += kDigits[c & 0x0F];
-}
-
-void appendString(std::string& text, std::string_view content) {
-  text += '"';
-  std::size_t pos = 0;
-  while (pos < content.size()) {
-    std::size_t end = pos;
-    while (end < content.size() && !kIsSpecial[static_cast<unsigned char>(content[end])]) ++end;
-    text.append(content, pos, end - pos);
-    pos = end;
-    if (pos == content.size()) break;
-
-    if (static_cast<unsigned char>(content[pos]) < 0x80) {
-      appendEscaped(text, content[pos++]);
-    } else {
-      base::appendUtf8(text, base::takeUtf8(content, pos));
-    }
-  }
-  text += '"';
-}
-
-template <typename T>
-void appendNumber(std::string& text, T number) {
-  if constexpr (std::is_floating_point_v<T>) {
-    if (!std::isfinite(number)) {
-      text += "null";
-      return;
-    }
-    const std::size_t start = text.size();
-    StringUtils::append(text, number);
-    if (text.find_first_of(".e", start) == std::string::npos) text += ".0";
-  } else {
-    std::array<char, 24> digits{};  // "-9223372036854775808" is shorter
-    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
-    text.append(digits.data(), result.ptr);
-  }
-}
-
 // Starts a new line at `level`, unless the text is compact.
 void breakLine(std::string& text, unsigned indent, unsigned level) {
   if (indent == 0) return;
@@ -307,6 +229,11 @@ Value& Value::operator[](const std::string& key) {
   return std::get<PropertyMap>(_data)[key];
 }
 
+Value& Value::operator[](const char* key) {
+  if (!isObject()) switchType(JsonType::Object);
+  return std::get<PropertyMap>(_data)[key];
+}
+
 const Value& Value::operator[](const std::string& key) const {
   const Value* const member = getPropertyMap().find(key);
   return member != nullptr ? *member : getNullValue();
@@ -340,6 +267,16 @@ unsigned Value::getSize() const {
     return static_cast<unsigned>(elements->size());
   }
   return static_cast<unsigned>(getPropertyMap().size());
+}
+
+void Value::reserve(unsigned count) {
+  if (Array* const elements = std::get_if<Array>(&_data)) elements->reserve(count);
+  if (PropertyMap* const members = std::get_if<PropertyMap>(&_data)) members->reserve(count);
+}
+
+Value& Value::append(std::string_view key) {
+  if (!isObject()) switchType(JsonType::Object);
+  return std::get<PropertyMap>(_data).append(key);
 }
 
 const Value::PropertyMap& Value::getPropertyMap() const {
@@ -385,6 +322,11 @@ std::int64_t Value::asInt64() const {
 std::string Value::asString() const {
   const std::string* const text = std::get_if<std::string>(&_data);
   return text != nullptr ? *text : stringify();
+}
+
+std::string_view Value::getText() const {
+  const std::string* const text = std::get_if<std::string>(&_data);
+  return text != nullptr ? std::string_view(*text) : std::string_view();
 }
 
 void Value::setValue(std::string text) {
@@ -495,9 +437,9 @@ void Value::write(std::string& text, unsigned indent, unsigned level) const {
         } else if constexpr (std::is_same_v<Content, bool>) {
           text += content ? "true" : "false";
         } else if constexpr (std::is_arithmetic_v<Content>) {
-          appendNumber(text, content);
+          appendJsonNumber(text, content);
         } else if constexpr (std::is_same_v<Content, std::string>) {
-          appendString(text, content);
+          appendJsonString(text, content);
         } else if constexpr (std::is_same_v<Content, Array>) {
           writeArray(text, indent, level);
         } else {
@@ -527,7 +469,7 @@ void Value::writeObject(std::string& text, unsigned indent, unsigned level) cons
     if (!isFirst) text += ',';
     isFirst = false;
     breakLine(text, indent, level + 1);
-    appendString(text, name);
+    appendJsonString(text, name);
     text += indent == 0 ? ":" : ": ";
     member.write(text, indent, level + 1);
   }

@@ -69,7 +69,7 @@ class KORVAT_API Value {
   // member null when missing; the const form gives a null node, valid for ever, when there is none.
   Value& operator[](const std::string& key);
   const Value& operator[](const std::string& key) const;
-  Value& operator[](const char* key) { return (*this)[std::string(key)]; }
+  Value& operator[](const char* key);
   const Value& operator[](const char* key) const { return (*this)[std::string(key)]; }
 
   // Element `index`. The mutable form makes the node an array first and fills it with null up to
@@ -95,6 +95,13 @@ class KORVAT_API Value {
   // Count of elements or members; 0 for all other nodes.
   unsigned getSize() const;
 
+  // Makes room for that many elements or members, for a caller who knows how many are to come. Does
+  // nothing to a node that is no array or object.
+  void reserve(unsigned count);
+  // Adds member `key`, null, to an object that has no such member yet: the caller knows. Anything
+  // else is made an object first.
+  Value& append(std::string_view key);
+
   // Members in their order; an empty map, valid for ever, when the node is no object.
   const PropertyMap& getPropertyMap() const;
 
@@ -105,6 +112,8 @@ class KORVAT_API Value {
   std::int64_t asInt64() const;
   // Text as it is, any other node as its JSON text.
   std::string asString() const;
+  // The text of a string node, valid until the node changes; empty for any other node.
+  std::string_view getText() const;
 
   // Each replaces the node by that scalar.
   void setValue(std::string text);

@@ -8,6 +8,7 @@
 
 #include "korvat/base/Logger.h"
 #include "korvat/base/StringUtils.h"
+#include "korvat/convert/NumberFit.h"
 #include "korvat/members/MemBitfield.h"
 #include "korvat/members/MemEnum.h"
 #include "korvat/members/MemFloat.h"
@@ -31,39 +32,6 @@ std::uint8_t* placeFor(const Member::Context& context, unsigned byteCount, Buffe
   return raw.getData() + context.bytePos;
 }
 
-template <typename Target>
-constexpr double kLowest = static_cast<double>(std::numeric_limits<Target>::lowest());
-template <typename Target>
-constexpr double kHighest = static_cast<double>(std::numeric_limits<Target>::max());
-
-// True for a number that has a nearest value in Target. That of a float is finite up to half a step
-// above the largest one: its shortest decimal text may lie there.
-template <typename Target>
-bool fitsInto(double number) {
-  constexpr double kAboveFloat = 0x1.ffffffp127;
-  if constexpr (std::is_same_v<Target, float>) return std::abs(number) < kAboveFloat;
-  return number >= kLowest<Target> && number <= kHighest<Target>;
-}
-
-// `number` within the range of Target; NaN stays what it is, or 0 in an integer.
-template <typename Target>
-Target saturate(double number) {
-  if constexpr (std::is_floating_point_v<Target>) {
-    if (!std::isfinite(number)) return static_cast<Target>(number);
-  } else if (std::isnan(number)) {
-    return 0;
-  }
-  return static_cast<Target>(std::clamp(number, kLowest<Target>, kHighest<Target>));
-}
-
-// The low-order bits of the whole part of `number`: 300.0 is 44 in 8 bits.
-template <typename Target>
-Target wrap(double number) {
-  constexpr double kAbove = 9223372036854775808.0;  // 2^63
-  if (!(std::abs(number) < kAbove)) return saturate<Target>(number);
-  return static_cast<Target>(static_cast<std::int64_t>(number));
-}
-
 }  // namespace
 
 void LeafWriter::refuse(const char* what, const json::Value& node) {
@@ -84,15 +52,12 @@ LeafWriter::Outcome LeafWriter::setRawValue(const M& member, const json::Value& 
     return Outcome::Taken;
   }
 
-  const bool isDoubleOnScalar = node.isFloating() && member.getKind() == Member::Kind::Scalar;
-  const Outcome outcome = member.isScalingIdentity() && !isDoubleOnScalar
+  const Outcome outcome = isTakenUnscaled(member, node.isFloating())
                               ? convertUnscaled(member, node, target)
                               : convertScaled(member, node, target);
   return outcome == Outcome::Refused ? outcome : keepWithinLimits(member, target);
 }
 
-// A number without scaling. A floating one is cut toward zero and keeps only its low-order bits, as
-// it always has.
 template <typename Target, typename M>
 LeafWriter::Outcome LeafWriter::convertUnscaled(const M&, const json::Value& node, Target& target) {
   if (!node.isNumber()) {
@@ -114,12 +79,7 @@ LeafWriter::Outcome LeafWriter::convertUnscaled(const M&, const json::Value& nod
     _problem = text + " is out of range";
     return Outcome::Refused;
   }
-  if constexpr (std::is_floating_point_v<Target>) {
-    target = saturate<Target>(number);
-  } else {
-    // Integers up to 64 bits are exact where the target, 32 bits at most, can hold them.
-    target = node.isInteger() ? saturate<Target>(number) : wrap<Target>(number);
-  }
+  target = fitUnscaled<Target>(number, node.isFloating());
   return Outcome::Taken;
 }
 
@@ -144,21 +104,12 @@ LeafWriter::Outcome LeafWriter::convertScaled(const M& member, const json::Value
 
 template <typename Target, typename M>
 LeafWriter::Outcome LeafWriter::keepWithinLimits(const M& member, Target& target) {
-  using Limit = decltype(member.getMin());
-  const auto number = static_cast<Limit>(target);
-  if (member.isInRange(number)) return Outcome::Taken;
-  if constexpr (std::is_same_v<Target, float>) {
-    // A limit that no float equals is kept by the float nearest to it.
-    const bool isBelow = member.hasMin() && target < saturate<float>(member.getMin());
-    const bool isAbove = member.hasMax() && target > saturate<float>(member.getMax());
-    if (!isBelow && !isAbove) return Outcome::Taken;
-  }
+  if (isWithinLimits(member, target)) return Outcome::Taken;
   if (!_typeManager->isAllowCuttingToMinMax()) {
     _problem = "the value is outside the member's limits";
     return Outcome::OutOfLimits;
   }
-  const bool isAbove = member.hasMax() && number > member.getMax();
-  target = saturate<Target>(static_cast<double>(isAbove ? member.getMax() : member.getMin()));
+  target = nearestLimit(member, target);
   return Outcome::Taken;
 }
 

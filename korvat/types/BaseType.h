@@ -7,6 +7,8 @@
 
 namespace zavri::korvat {
 
+class VarType;
+
 // An item of the catalogue. Owned by the resource group that holds it; not changed once its file
 // has been read, and from then on readable from any number of threads.
 class KORVAT_API BaseType {
@@ -18,6 +20,9 @@ class KORVAT_API BaseType {
   static constexpr std::uint32_t kCharEncoding = 0x10;    // the enumeration of character encodings
 
   virtual ~BaseType() = default;
+
+  // This type when it is one that values have, else null.
+  virtual const VarType* asVarType() const { return nullptr; }
 
   const TypeId& getTypeId() const { return _typeId; }
   TypeId& getTypeId() { return _typeId; }

@@ -134,20 +134,12 @@ std::optional<ResourceFileSet::Place> ResourceFileSet::getPlaceUnderWay() const 
   return Place{_groupUnderWay, _builderUnderWay->getLine()};
 }
 
+bool ResourceFileSet::isGroup(ResourceType type) {
+  return type >= ResourceType::Enum && type <= ResourceType::Fp;
+}
+
 std::unique_ptr<ResourceGroup>* ResourceFileSet::findSlot(ResourceType type) {
-  switch (type) {
-    case ResourceType::Enum:
-      return &_enumGroup;
-    case ResourceType::Nv:
-      return &_nvGroup;
-    case ResourceType::Cp:
-      return &_cpGroup;
-    case ResourceType::Fp:
-      return &_fpGroup;
-    case ResourceType::Invalid:
-      break;
-  }
-  return nullptr;
+  return isGroup(type) ? &_groups[static_cast<std::size_t>(type)] : nullptr;
 }
 
 const ResourceGroup* ResourceFileSet::getGroup(ResourceType type, bool showWarnings,
@@ -172,6 +164,11 @@ const ResourceGroup* ResourceFileSet::getGroup(ResourceType type, bool showWarni
     throw;
   }
   return slot->get();
+}
+
+const ResourceGroup* ResourceFileSet::getLoadedGroup(ResourceType type) const {
+  if (!isGroup(type) || type == _groupUnderWay) return nullptr;
+  return _groups[static_cast<std::size_t>(type)].get();
 }
 
 bool ResourceFileSet::loadResources(ResourceType type, bool showWarnings,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -40,6 +41,9 @@ class KORVAT_API ResourceFileSet {
   const ResourceGroup* getGroup(ResourceType type, bool showWarnings,
                                 TypeManager* typeManager = nullptr);
 
+  // The same, but null, and nothing is read, when it is not loaded.
+  const ResourceGroup* getLoadedGroup(ResourceType type) const;
+
   // Takes a type that was read from the file of `group`; false, and the type is destroyed, when
   // that is not the file being read or the group drops the type. The type becomes one of this set's
   // prefix when the folder's name is a valid prefix.
@@ -62,16 +66,15 @@ class KORVAT_API ResourceFileSet {
  private:
   bool loadResources(ResourceType type, bool showWarnings, TypeManager* typeManager);
   std::unique_ptr<ResourceGroup>* findSlot(ResourceType type);
+  static bool isGroup(ResourceType type);
 
   std::string _baseDir;
   std::string _folder;
   ResourceType _groupUnderWay = ResourceType::Invalid;  // whose file is being read
   const builder::ResourceBuilder* _builderUnderWay = nullptr;
-  // Destroyed in the reverse of this order.
-  std::unique_ptr<ResourceGroup> _enumGroup;
-  std::unique_ptr<ResourceGroup> _nvGroup;
-  std::unique_ptr<ResourceGroup> _cpGroup;
-  std::unique_ptr<ResourceGroup> _fpGroup;  // a ResourceGroupFp
+  // By ResourceType; the first stays empty. Destroyed in the reverse of this order. That of the
+  // functional profiles is a ResourceGroupFp.
+  std::array<std::unique_ptr<ResourceGroup>, 5> _groups;
 };
 
 }  // namespace zavri::korvat

@@ -5,8 +5,7 @@
 namespace zavri::korvat {
 
 const BaseType* ResourceGroup::getType(const std::string& name) const {
-  const auto found = _typesByName.find(name);
-  return found == _typesByName.end() ? nullptr : found->second.get();
+  return _lookup.find(name);
 }
 
 const BaseType* ResourceGroup::getTypeByIndex(std::int32_t index) const {
@@ -21,6 +20,7 @@ bool ResourceGroup::internalAddType(std::unique_ptr<BaseType> type) {
   std::unique_ptr<BaseType>& slot = _typesByName[type->getName()];
   if (slot) forgetIndex(slot.get());
   slot = std::move(type);
+  _lookup.enter(slot->getName(), slot.get());
   return true;
 }
 

@@ -9,6 +9,7 @@
 
 #include "korvat/base/Export.h"
 #include "korvat/types/BaseType.h"
+#include "korvat/types/NameIndex.h"
 
 namespace zavri::korvat {
 
@@ -43,6 +44,7 @@ class KORVAT_API ResourceGroup : private boost::noncopyable {
 
   const ResourceFileSet* _fileSet;
   std::map<std::string, std::unique_ptr<BaseType>> _typesByName;
+  NameIndex _lookup;  // what _typesByName holds
   std::map<std::int32_t, BaseType*> _typesByIndex;
 };
 

@@ -4,8 +4,11 @@
 #include <stdexcept>
 
 #include "korvat/base/Logger.h"
+#include "korvat/base/ShortText.h"
 #include "korvat/base/StringUtils.h"
+#include "korvat/convert/ConversionPlan.h"
 #include "korvat/convert/JsonConverter.h"
+#include "korvat/convert/PlanCache.h"
 #include "korvat/members/Value.h"
 #include "korvat/types/FpType.h"
 #include "korvat/types/ResourceFileSet.h"
@@ -40,9 +43,11 @@ const std::string TypeManager::restTypePrefix = "/~/type/";
 const std::string TypeManager::restTypeGenericDp = "/~/type/schema/fragment/dp";
 
 TypeManager::TypeManager(const char* driverType)
-    : _driverType(driverType == nullptr ? "" : driverType) {}
+    : _driverType(driverType == nullptr ? "" : driverType), _plans(std::make_unique<PlanCache>()) {}
 
-TypeManager::TypeManager(const TypeManager&) = default;
+TypeManager::TypeManager(const TypeManager& other) : TypeManager(nullptr) {
+  *this = other;
+}
 
 TypeManager& TypeManager::operator=(const TypeManager& other) {
   if (this == &other) return *this;
@@ -50,6 +55,8 @@ TypeManager& TypeManager::operator=(const TypeManager& other) {
   for (const auto& [prefix, fileSet] : _fileSets) retire(fileSet);
   for (const auto& fileSet : other._retiredFileSets) retire(fileSet);
   _fileSets = other._fileSets;
+  _fileSetsByKey = other._fileSetsByKey;
+  _standardFileSet = other._standardFileSet;
   _baseDir = other._baseDir;
   _driverType = other._driverType;
   _networkEndianess = other._networkEndianess;
@@ -60,6 +67,7 @@ TypeManager& TypeManager::operator=(const TypeManager& other) {
   _allowCuttingToMinMax = other._allowCuttingToMinMax;
   _supportInvalidKeyword = other._supportInvalidKeyword;
   _unionModeBits = other._unionModeBits;
+  _plans = std::make_unique<PlanCache>();
   return *this;
 }
 
@@ -75,7 +83,47 @@ ResourceFileSet& TypeManager::getResourceFileSet(const std::string& prefix) {
   const auto found = _fileSets.find(prefix);
   if (found != _fileSets.end()) return *found->second;
 
-  return *_fileSets.emplace(prefix, makeFileSet(prefix)).first->second;
+  const std::shared_ptr<ResourceFileSet> fileSet = makeFileSet(prefix);
+  addFileSet(prefix, fileSet);
+  return *fileSet;
+}
+
+ResourceFileSet& TypeManager::getResourceFileSet(const TypeId& id) {
+  ResourceFileSet* const fileSet = findFileSet(id);
+  return fileSet != nullptr ? *fileSet : getResourceFileSet(id.getPrefix());
+}
+
+// By the key alone; a set that is not found this way may still exist.
+ResourceFileSet* TypeManager::findFileSet(const TypeId& id) const {
+  const std::uint8_t* const progId = id.getProgId().getBytes().data();
+  if (id.isPrefixValid() && base::loadBytes<std::uint64_t>(progId) == 0) return _standardFileSet;
+  if (id.getScope() == Scope::InvalidScope) return nullptr;
+
+  const PrefixKey key = keyOf(id);
+  const auto found =
+      std::lower_bound(_fileSetsByKey.begin(), _fileSetsByKey.end(), key,
+                       [](const auto& entry, const PrefixKey& k) { return entry.first < k; });
+  return found != _fileSetsByKey.end() && found->first == key ? found->second : nullptr;
+}
+
+TypeManager::PrefixKey TypeManager::keyOf(const TypeId& id) {
+  const base::ProgId masked = id.getScopeMaskedProgId();
+  std::uint64_t progId = 0;
+  for (const std::uint8_t byte : masked.getBytes()) progId = progId << 8 | byte;
+  return {progId, id.getScope()};
+}
+
+void TypeManager::addFileSet(const std::string& prefix,
+                             const std::shared_ptr<ResourceFileSet>& fileSet) {
+  _fileSets.emplace(prefix, fileSet);
+  if (prefix == TypeId::StdPrefix) _standardFileSet = fileSet.get();
+  // Only a text that identifiers with this key spell alike has its set found by the key.
+  const TypeId id(ResourceType::Nv, prefix, "");
+  if (id.getScope() == Scope::InvalidScope || id.getPrefix() != prefix) return;
+
+  const std::pair<PrefixKey, ResourceFileSet*> entry(keyOf(id), fileSet.get());
+  _fileSetsByKey.insert(std::lower_bound(_fileSetsByKey.begin(), _fileSetsByKey.end(), entry),
+                        entry);
 }
 
 std::shared_ptr<ResourceFileSet> TypeManager::makeFileSet(const std::string& prefix) {
@@ -86,8 +134,9 @@ std::shared_ptr<ResourceFileSet> TypeManager::makeFileSet(const std::string& pre
 const BaseType* TypeManager::getType(const TypeId& id) {
   if (!id) return nullptr;
 
-  ResourceFileSet& fileSet = getResourceFileSet(id.getPrefix());
-  const ResourceGroup* group = fileSet.getGroup(id.getType(), _showWarnings, this);
+  ResourceFileSet& fileSet = getResourceFileSet(id);
+  const ResourceGroup* group = fileSet.getLoadedGroup(id.getType());
+  if (group == nullptr) group = fileSet.getGroup(id.getType(), _showWarnings, this);
   if (group == nullptr) {
     Logger::debug("[TypeManager::getType] no resource-group '%s' in file-set '%s'\n",
                   resourceTypeName(id.getType()), fileSet.getFolder().c_str());
@@ -101,7 +150,8 @@ const BaseType* TypeManager::getType(const std::string& text) {
 }
 
 const VarType* TypeManager::getVarType(const TypeId& id) {
-  return dynamic_cast<const VarType*>(getType(id));
+  const BaseType* type = getType(id);
+  return type == nullptr ? nullptr : type->asVarType();
 }
 
 const VarType* TypeManager::getVarType(const std::string& text) {
@@ -120,7 +170,7 @@ const BaseType* TypeManager::getTypeByIndex(const std::string& prefix, ResourceT
                                             std::int32_t index) {
   if (type == ResourceType::Invalid) return nullptr;
 
-  ResourceFileSet& fileSet = getResourceFileSet(TypeId(type, prefix, "").getPrefix());
+  ResourceFileSet& fileSet = getResourceFileSet(TypeId(type, prefix, ""));
   const ResourceGroup* group = fileSet.getGroup(type, false, this);
   if (group == nullptr) {
     Logger::debug("[TypeManager::getTypeByIndex] no resource-group '%s' in file-set '%s'\n",
@@ -153,7 +203,7 @@ bool TypeManager::searchFpType(TypeId& id, std::int32_t key) {
   const auto* group =
       dynamic_cast<const ResourceGroupFp*>(fileSet->getGroup(ResourceType::Fp, false));
   if (group == nullptr) return false;
-  if (!isKnown) _fileSets.emplace(prefix, fileSet);
+  if (!isKnown) addFileSet(prefix, fileSet);
 
   const FpType* profile = group->findByKey(key);
   if (profile == nullptr) return false;
@@ -228,12 +278,39 @@ std::string TypeManager::toFullTypeId(const TypeId& id, bool isValue) const {
   return restTypePrefix + kind + _driverType + "/" + id.toString();
 }
 
+const ConversionPlan* TypeManager::findPlan(const TypeId& id, base::Endianess endianess) const {
+  const bool isCovered =
+      endianess == base::Endianess::Big && !_useDynamicArrays && !base::isLogged(Logger::Trace);
+  if (!isCovered) return nullptr;
+  const PlanCache::Entry* entry = _plans->find(id);
+  return entry == nullptr ? nullptr : entry->plan.get();
+}
+
+void TypeManager::makePlan(const TypeId& id, const VarType& type) {
+  if (_plans->find(id) != nullptr) return;
+  bool isLoaded = true;
+  const auto findType = [this, &isLoaded](const TypeId& refId) -> const BaseType* {
+    const ResourceFileSet* fileSet = findFileSet(refId);
+    const ResourceGroup* group =
+        fileSet == nullptr ? nullptr : fileSet->getLoadedGroup(refId.getType());
+    if (group == nullptr) isLoaded = false;
+    return group == nullptr ? nullptr : group->getType(refId.getId());
+  };
+  _plans->add(id, type, findType, isLoaded);
+}
+
 bool TypeManager::rawToJson(const TypeId& id, const base::Buffer& buffer, json::Value& value,
                             base::Endianess endianess, bool allowSeveralUnionMembers) {
+  const ConversionPlan* plan = findPlan(id, endianess);
+  const bool isPlanned = plan != nullptr && !(plan->hasUnions() && isUnionRawToRawHex());
+  if (isPlanned && plan->rawToJson(buffer, value, _supportInvalidKeyword)) return true;
+
   const VarType* type = getVarType(id);
   if (type == nullptr) return false;
   JsonConverter converter(this, *type, endianess, allowSeveralUnionMembers);
-  return converter.rawToJson(buffer, value);
+  const bool isDone = converter.rawToJson(buffer, value);
+  if (isDone) makePlan(id, *type);
+  return isDone;
 }
 
 bool TypeManager::rawToJson(const TypeId& id, const base::Buffer& buffer, json::Value& value) {
@@ -243,15 +320,58 @@ bool TypeManager::rawToJson(const TypeId& id, const base::Buffer& buffer, json::
 
 bool TypeManager::jsonToRaw(const TypeId& id, const json::Value& value, base::Buffer& buffer,
                             base::Endianess endianess, bool allowSeveralUnionMembers) {
+  const ConversionPlan* plan = _allowCuttingToMinMax ? findPlan(id, endianess) : nullptr;
+  if (plan != nullptr && plan->jsonToRaw(value, buffer)) return true;
+
   const VarType* type = getVarType(id);
   if (type == nullptr) return false;
   JsonConverter converter(this, *type, endianess, allowSeveralUnionMembers);
-  return converter.jsonToRaw(value, buffer);
+  const bool isDone = converter.jsonToRaw(value, buffer);
+  if (isDone) makePlan(id, *type);
+  return isDone;
 }
 
 bool TypeManager::jsonToRaw(const TypeId& id, const json::Value& value, base::Buffer& buffer) {
   return jsonToRaw(id, value, buffer, _networkEndianess,
                    hasUnionModeBit(UnionModeBit::UnionConverterFlag));
+}
+
+bool TypeManager::rawToJsonText(const TypeId& id, const base::Buffer& buffer, std::string& text,
+                                base::Endianess endianess, bool allowSeveralUnionMembers) {
+  const ConversionPlan* plan = findPlan(id, endianess);
+  const bool isPlanned = plan != nullptr && !(plan->hasUnions() && isUnionRawToRawHex());
+  if (isPlanned && plan->rawToJsonText(buffer, text, _supportInvalidKeyword)) return true;
+
+  const VarType* type = getVarType(id);
+  if (type == nullptr) return false;
+  json::Value value;
+  JsonConverter converter(this, *type, endianess, allowSeveralUnionMembers);
+  const bool isDone = converter.rawToJson(buffer, value);
+  if (isDone) makePlan(id, *type);
+  text = value.stringify();
+  return isDone;
+}
+
+bool TypeManager::rawToJsonText(const TypeId& id, const base::Buffer& buffer, std::string& text) {
+  return rawToJsonText(id, buffer, text, _networkEndianess,
+                       hasUnionModeBit(UnionModeBit::UnionConverterFlag));
+}
+
+bool TypeManager::jsonTextToRaw(const TypeId& id, std::string_view text, base::Buffer& buffer,
+                                base::Endianess endianess, bool allowSeveralUnionMembers) {
+  const ConversionPlan* plan = _allowCuttingToMinMax ? findPlan(id, endianess) : nullptr;
+  if (plan != nullptr && plan->jsonTextToRaw(text, buffer)) return true;
+
+  if (getVarType(id) == nullptr) return false;
+  json::Value value;
+  std::string error;
+  if (!json::Value::parse(text, value, error)) return false;
+  return jsonToRaw(id, value, buffer, endianess, allowSeveralUnionMembers);
+}
+
+bool TypeManager::jsonTextToRaw(const TypeId& id, std::string_view text, base::Buffer& buffer) {
+  return jsonTextToRaw(id, text, buffer, _networkEndianess,
+                       hasUnionModeBit(UnionModeBit::UnionConverterFlag));
 }
 
 bool TypeManager::convert(base::Endianess endianess, const TypeId& id, base::Buffer& buffer, bool) {

@@ -4,6 +4,8 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "korvat/base/Buffer.h"
@@ -16,7 +18,9 @@
 namespace zavri::korvat {
 
 class BaseType;
+class ConversionPlan;
 class FpType;
+class PlanCache;
 class ResourceFileSet;
 class Value;
 class VarType;
@@ -112,6 +116,17 @@ class KORVAT_API TypeManager {
                                base::Endianess endianess, bool allowSeveralUnionMembers);
   [[nodiscard]] bool jsonToRaw(const TypeId& id, const json::Value& value, base::Buffer& buffer);
 
+  // The same straight from and to JSON text, byte for byte what rawToJson() with stringify() and
+  // json::Value::parse() with jsonToRaw() give, without the document in between.
+  // Writes compact text over `text`; without such a type `text` is left alone.
+  [[nodiscard]] bool rawToJsonText(const TypeId& id, const base::Buffer& buffer, std::string& text,
+                                   base::Endianess endianess, bool allowSeveralUnionMembers);
+  [[nodiscard]] bool rawToJsonText(const TypeId& id, const base::Buffer& buffer, std::string& text);
+  // False also for a text that is no JSON; `buffer` is then left alone.
+  [[nodiscard]] bool jsonTextToRaw(const TypeId& id, std::string_view text, base::Buffer& buffer,
+                                   base::Endianess endianess, bool allowSeveralUnionMembers);
+  [[nodiscard]] bool jsonTextToRaw(const TypeId& id, std::string_view text, base::Buffer& buffer);
+
   // Rewrites the raw value in `buffer` from `endianess` into the host's byte order, or back: both
   // directions do the same, see VarType::convertPacket. False, with a warning when there is no such
   // type, and nothing changes.
@@ -162,12 +177,33 @@ class KORVAT_API TypeManager {
   // prefixes that have no folder.
   bool searchFpType(TypeId& id, std::int32_t key);
   std::shared_ptr<ResourceFileSet> makeFileSet(const std::string& prefix);
+  void addFileSet(const std::string& prefix, const std::shared_ptr<ResourceFileSet>& fileSet);
+  ResourceFileSet& getResourceFileSet(const TypeId& id);
+  ResourceFileSet* findFileSet(const TypeId& id) const;
+  // The plan for a conversion, when there is one that covers it.
+  const ConversionPlan* findPlan(const TypeId& id, base::Endianess endianess) const;
+  // To be called after a conversion that walked through all members and so has loaded what they
+  // refer to.
+  void makePlan(const TypeId& id, const VarType& type);
   void retire(const std::shared_ptr<ResourceFileSet>& fileSet);
 
   static std::uint32_t maskOf(UnionModeBit bit) { return 1u << static_cast<std::uint32_t>(bit); }
 
+  // What getPrefix() of an identifier with a valid prefix and scope says, as numbers.
+  struct PrefixKey {
+    std::uint64_t progId;  // masked
+    Scope scope;
+
+    bool operator==(const PrefixKey&) const = default;
+    auto operator<=>(const PrefixKey&) const = default;
+  };
+  static PrefixKey keyOf(const TypeId& id);
+
   // By prefix. Shared with the copies of this manager.
   std::map<std::string, std::shared_ptr<ResourceFileSet>> _fileSets;
+  // The same sets, but for those whose prefix is not one that an identifier gives; sorted by key.
+  std::vector<std::pair<PrefixKey, ResourceFileSet*>> _fileSetsByKey;
+  ResourceFileSet* _standardFileSet = nullptr;  // the one of the standard prefix, if it is there
   // Sets that an assignment has put out of use: pointers into them still hold.
   std::vector<std::shared_ptr<ResourceFileSet>> _retiredFileSets;
   std::string _baseDir;
@@ -180,6 +216,8 @@ class KORVAT_API TypeManager {
   bool _allowCuttingToMinMax = true;
   bool _supportInvalidKeyword = false;
   std::uint32_t _unionModeBits = 0;
+  // Of the types in _fileSets, as their references resolve here. Not shared with copies.
+  std::unique_ptr<PlanCache> _plans;
   unsigned _loadsUnderWay = 0;  // inside each other
 };
 

@@ -22,6 +22,8 @@ class KORVAT_API VarType : public BaseType {
  public:
   ~VarType() override;
 
+  const VarType* asVarType() const final { return this; }
+
   // A new object of the same class with its own copy of the member tree, without the display
   // formats when `withoutFormats` is set.
   virtual std::unique_ptr<VarType> clone(bool withoutFormats) const = 0;

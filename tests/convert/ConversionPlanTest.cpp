@@ -1,0 +1,460 @@
+#include "korvat/convert/ConversionPlan.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "korvat/convert/JsonConverter.h"
+#include "korvat/types/NvType.h"
+#include "tests/LogCapture.h"
+#include "tests/builder/TypeDump.h"
+#include "tests/convert/RandomTypes.h"
+#include "tests/convert/StandardValues.h"
+#include "tests/convert/TypeXml.h"
+
+// Plans against the walk of the members, which defines what they have to give.
+namespace zavri::korvat {
+namespace {
+
+using base::Buffer;
+using base::Endianess;
+using base::Logger;
+using test::LogCapture;
+using test::Random;
+
+std::string hexOf(const Buffer& buffer) {
+  return util::BinaryUtils::toString(buffer);
+}
+
+Buffer drawBytes(Random& random, unsigned byteCount) {
+  Buffer buffer;
+  buffer.setSize(byteCount);
+  const unsigned kind = random.below(4);
+  for (unsigned i = 0; i < byteCount; ++i) {
+    const auto byte = static_cast<std::uint8_t>(random.bits());
+    buffer.getData()[i] = kind == 0 ? 0 : kind == 1 ? 0xFF : kind == 2 ? byte % 8 : byte;
+  }
+  return buffer;
+}
+
+// Checks one type's plan with many values.
+class PlanCheck {
+ public:
+  PlanCheck(TypeManager& manager, const VarType& type)
+      : _manager(manager), _type(type), _plan(makePlan()) {}
+
+  bool hasPlan() const { return _plan != nullptr; }
+
+  void check(Random& random) {
+    unsigned byteCount = 0;
+    ASSERT_TRUE(_type.getMaxSize(&_manager, byteCount));
+    Buffer raw = drawBytes(random, byteCount);
+    checkDecoding(raw);
+    if (byteCount > 0) {
+      raw.setSize(random.below(byteCount));
+      checkDecoding(raw);
+    }
+    raw = drawBytes(random, byteCount);
+    json::Value value;
+    ASSERT_TRUE(walk().rawToJson(raw, value));
+    const Buffer before = drawBytes(random, random.below(byteCount + 3));
+    checkEncoding(value, before);
+    alter(random, value);
+    checkEncoding(value, before);
+    checkText(value.stringify(), before);
+    checkText(value.stringify(2), before);
+  }
+
+ private:
+  std::unique_ptr<const ConversionPlan> makePlan() {
+    return ConversionPlan::make(_type, _enums,
+                                [this](const TypeId& id) { return _manager.getType(id); });
+  }
+
+  JsonConverter walk() { return JsonConverter(&_manager, _type, Endianess::Big, false); }
+
+  void checkDecoding(const Buffer& raw) {
+    json::Value expected;
+    const LogCapture log(Logger::Debug);
+    const bool isDone = walk().rawToJson(raw, expected);
+    const bool isSilent = log.lines().empty();
+
+    json::Value value("untouched");
+    std::string text = "untouched";
+    const bool isSupported = _manager.isSupportInvalidKeyword();
+    const bool isCovered = _plan->rawToJson(raw, value, isSupported);
+    EXPECT_EQ(_plan->rawToJsonText(raw, text, isSupported), isCovered);
+    if (isCovered) {
+      EXPECT_TRUE(isDone && isSilent);
+      EXPECT_EQ(value.stringify(), expected.stringify());
+      expectSameNumberTypes(value, expected);
+      EXPECT_EQ(text, expected.stringify());
+    } else {
+      EXPECT_EQ(value.stringify() + text, "\"untouched\"untouched");
+    }
+  }
+
+  static void expectSameNumberTypes(const json::Value& a, const json::Value& b) {
+    EXPECT_EQ(a.getNumberType(), b.getNumberType());
+    for (unsigned i = 0; a.isArray() && i < a.getSize(); ++i) expectSameNumberTypes(a[i], b[i]);
+    for (const auto& [name, member] : a.getPropertyMap()) expectSameNumberTypes(member, b[name]);
+  }
+
+  void checkEncoding(const json::Value& value, const Buffer& before) {
+    Buffer expected = before;
+    const LogCapture log(Logger::Debug);
+    JsonConverter converter = walk();
+    const bool isDone = converter.jsonToRaw(value, expected);
+    const bool isClean = isDone && log.lines().empty() && converter.getProblems().empty();
+
+    Buffer raw = before;
+    if (_plan->jsonToRaw(value, raw)) {
+      EXPECT_TRUE(isClean) << value.stringify();
+      EXPECT_EQ(hexOf(raw), hexOf(expected)) << value.stringify();
+      ++encoded;
+    } else {
+      EXPECT_EQ(hexOf(raw), hexOf(before));
+    }
+  }
+
+  void checkText(const std::string& text, const Buffer& before) {
+    json::Value value;
+    std::string error;
+    ASSERT_TRUE(json::Value::parse(text, value, error));
+    Buffer expected = before;
+    const LogCapture log(Logger::Debug);
+    const bool isDone = walk().jsonToRaw(value, expected) && log.lines().empty();
+
+    Buffer raw = before;
+    if (_plan->jsonTextToRaw(text, raw)) {
+      EXPECT_TRUE(isDone) << text;
+      EXPECT_EQ(hexOf(raw), hexOf(expected)) << text;
+      ++parsed;
+    } else {
+      EXPECT_EQ(hexOf(raw), hexOf(before));
+    }
+  }
+
+  // Puts something else in the place of some of the leaves.
+  static void alter(Random& random, json::Value& node) {
+    if (node.isArray()) {
+      const unsigned count = node.getSize();
+      for (unsigned i = 0; i < count; ++i) alter(random, node[i]);
+      if (random.chance(3)) node[count].setValue(1);
+    } else if (node.isObject()) {
+      std::vector<std::string> names;
+      for (const auto& [name, member] : node.getPropertyMap()) names.push_back(name);
+      for (const std::string& name : names) alter(random, node[name]);
+      if (random.chance(3)) node["unknown"].setValue(1);
+    } else if (random.chance(30)) {
+      alterLeaf(random, node);
+    }
+  }
+
+  static void alterLeaf(Random& random, json::Value& node) {
+    switch (random.below(11)) {
+      case 0:
+        return node.setValue(static_cast<std::int64_t>(random.bits()));
+      case 1:
+        return node.setValue(random.bits());
+      case 2:
+        return node.setValue(static_cast<double>(random.between(-1'000'000, 1'000'000)) / 1000);
+      case 3:
+        return node.setValue(static_cast<double>(random.between(-40'000, 70'000)) / 2);
+      case 4:
+        return node.setValue(std::int32_t(random.between(-300, 300)));
+      case 5:
+        return node.setValue(1e300);
+      case 6:
+        return node.setValue(-0.0);
+      case 7:
+        return node.setValue("invalid");
+      case 8:
+        return node.setValue("a\"\xC3\xA9\\");
+      case 9:
+        return node.setValue(random.chance(50) ? "PWR_ON" : "7");
+      default:
+        return node.clear();
+    }
+  }
+
+  TypeManager& _manager;
+  const VarType& _type;
+  EnumTables _enums;
+  std::unique_ptr<const ConversionPlan> _plan;
+
+ public:
+  unsigned encoded = 0;  // documents that the plan took
+  unsigned parsed = 0;   // texts that it took
+};
+
+TEST(ConversionPlan, GivesWhatTheWalkGivesForRandomTypes) {
+  test::TempCatalogue files;
+  files.write(TypeId::StdPrefix, "enums", test::randomEnums());
+  files.write(TypeId::StdPrefix, "nvs", test::randomNvs());
+  TypeManager manager = files.makeManager();
+  constexpr std::uint64_t kSeed = 20'240;
+  SCOPED_TRACE(kSeed);
+  Random random(kSeed);
+  unsigned planned = 0;
+  unsigned encoded = 0;
+  unsigned parsed = 0;
+  for (int i = 0; i < 2000; ++i) {
+    manager.setSupportInvalidKeyword(random.chance(50));
+    NvType type;
+    type.setMember(test::RandomTypes(random, {}).make());
+    PlanCheck plan(manager, type);
+    if (!plan.hasPlan()) continue;
+    ++planned;
+    for (int j = 0; j < 4; ++j) plan.check(random);
+    encoded += plan.encoded;
+    parsed += plan.parsed;
+    if (testing::Test::HasFailure()) {
+      FAIL() << "case " << i << "\n" << builder::dumpMember(*type.getMember());
+    }
+  }
+  EXPECT_GT(planned, 800u);
+  EXPECT_GT(encoded, 2000u);
+  EXPECT_GT(parsed, 500u);
+}
+
+TEST(ConversionPlan, GivesWhatTheWalkGivesForEveryStandardType) {
+  TypeManager manager = test::makeStandardTypes();
+  manager.setAllowCuttingToMinMax(true);
+  Random random(7);
+  unsigned planned = 0;
+  for (const VarType* type : test::findStandardLayouts(manager)) {
+    SCOPED_TRACE(type->getTypeId().toString());
+    PlanCheck plan(manager, *type);
+    if (!plan.hasPlan()) continue;
+    ++planned;
+    for (int i = 0; i < 50; ++i) {
+      manager.setSupportInvalidKeyword(i % 2 != 0);
+      plan.check(random);
+    }
+  }
+  EXPECT_GT(planned, 200u);
+}
+
+// --- Through the manager: the first conversion walks, the later ones follow the plan ---
+
+TEST(PlannedConversion, ShowsEveryRawNumberOfTwoBytesAsTheWalkDoes) {
+  for (const char* fields : {"", "<scaling><a>5</a><b>-3</b><c>0</c></scaling>",
+                             "<scaling><a>-7</a><b>-5</b><c>12</c></scaling>",
+                             "<scaling><a>3</a><b>0</b><c>-9</c></scaling>",
+                             "<scaling><a>1</a><b>2</b><c>0</c></scaling>",
+                             "<scaling><a>1</a><b>-7</b><c>0</c></scaling>"}) {
+    test::OwnTypes types(test::scalar("signed long", fields));
+    const TypeId id(ResourceType::Nv, "", "_x");
+    const VarType* type = types.manager().getVarType(id);
+    ASSERT_NE(type, nullptr);
+    JsonConverter walk(&types.manager(), *type, Endianess::Big, false);
+    for (unsigned i = 0; i < 65'536; ++i) {
+      const std::uint8_t bytes[] = {static_cast<std::uint8_t>(i >> 8),
+                                    static_cast<std::uint8_t>(i)};
+      const Buffer raw(bytes, 2);
+      json::Value expected;
+      ASSERT_TRUE(walk.rawToJson(raw, expected));
+      std::string text;
+      ASSERT_TRUE(types.manager().rawToJsonText(id, raw, text));
+      ASSERT_EQ(text, expected.stringify()) << fields;
+      Buffer back;
+      ASSERT_TRUE(types.manager().jsonTextToRaw(id, text, back));
+      ASSERT_EQ(hexOf(back), hexOf(raw)) << fields << text;
+    }
+  }
+}
+
+struct TextCase {
+  std::string name;
+  std::string text;
+  std::string raw;  // "failed" for a text that is refused
+};
+class PlannedText : public testing::TestWithParam<TextCase> {};
+
+// SNVT_x: a power of two tenths a step, a word, two names of states.
+TEST_P(PlannedText, IsReadLikeADocument) {
+  test::OwnTypes types(test::structure({
+      {"level", test::scalar("unsigned short", test::scaling(2, -1, 0))},
+      {"count", test::scalar("signed long")},
+      {"state", test::enumeration("power_t", test::arraySize(2))},
+  }));
+  const LogCapture quiet(Logger::Error);
+  const TypeId id(ResourceType::Nv, "", "_x");
+  json::Value first;
+  ASSERT_TRUE(types.manager().rawToJson(id, test::bytesOf("0000000000"), first));
+
+  Buffer raw = test::bytesOf("FFFFFFFFFF");
+  const bool isDone = types.manager().jsonTextToRaw(id, GetParam().text, raw);
+  EXPECT_EQ(isDone ? hexOf(raw) : "failed", GetParam().raw);
+}
+
+const std::vector<TextCase> kTextCases = {
+    // 2.4 is 12 steps of 0.2; 258 = 0x0102
+    {"Compact", R"({"level":2.4,"count":258,"state":["PWR_ON","PWR_OFF"]})", "0C01020100"},
+    {"WithBlanks",
+     " { \"level\" : 2.4 ,\n\"count\":\t258,\"state\":[ \"PWR_ON\" , \"PWR_NUL\" ] } ",
+     "0C010201FF"},
+    {"InAnotherOrder", R"({"count":258,"state":["PWR_ON","PWR_OFF"],"level":2.4})", "0C01020100"},
+    {"WithAnExponent", R"({"level":24e-1,"count":258,"state":["PWR_ON","PWR_OFF"]})", "0C01020100"},
+    {"WithEscapes", R"({"l\u0065vel":2.4,"count":258,"state":["PWR_\u004fN","1"]})", "0C01020101"},
+    {"BeyondTheRange", R"({"level":1e9,"count":-99999999999999999999,"state":["PWR_ON","0"]})",
+     "FF80000100"},
+    {"OfTwoWithOneNameTheLater",
+     R"({"level":9,"level":2.4,"count":258,"state":["PWR_ON","PWR_OFF"]})", "0C01020100"},
+    {"LeadingZero", R"({"level":02.4,"count":258,"state":["PWR_ON","PWR_OFF"]})", "failed"},
+    {"NoDigitBehindThePoint", R"({"level":2.,"count":258,"state":["PWR_ON","PWR_OFF"]})", "failed"},
+    {"OnlyASign", R"({"level":2.4,"count":-,"state":["PWR_ON","PWR_OFF"]})", "failed"},
+    {"CutShort", R"({"level":2.4,"count":258,"state":["PWR_ON","PWR_OFF"])", "failed"},
+    {"TextBehind", R"({"level":2.4,"count":258,"state":["PWR_ON","PWR_OFF"]} x)", "failed"},
+    {"MemberMissing", R"({"level":2.4,"state":["PWR_ON","PWR_OFF"]})", "failed"},
+    {"UnknownMember", R"({"level":2.4,"count":258,"state":["PWR_ON","PWR_OFF"],"more":1})",
+     "failed"},
+    {"UnknownName", R"({"level":2.4,"count":258,"state":["PWR_ON","PWR_HALF"]})", "failed"},
+    {"Empty", "", "failed"},
+};
+INSTANTIATE_TEST_SUITE_P(Texts, PlannedText, testing::ValuesIn(kTextCases),
+                         [](const auto& info) { return info.param.name; });
+
+TEST(PlannedConversion, FollowsTheOptionsThatAreSetLater) {
+  test::OwnTypes types(test::structure(
+      {{"a", test::scalar("unsigned short", test::invalid("255") + test::tag("max", "9"))}}));
+  TypeManager& manager = types.manager();
+  const TypeId id(ResourceType::Nv, "", "_x");
+  EXPECT_EQ(types.decode("FF"), R"({"a":255})");
+  EXPECT_EQ(types.decode("FF"), R"({"a":255})");
+  manager.setSupportInvalidKeyword(true);
+  EXPECT_EQ(types.decode("FF"), R"({"a":"invalid"})");
+
+  Buffer raw;
+  EXPECT_TRUE(manager.jsonTextToRaw(id, R"({"a":12})", raw));
+  EXPECT_EQ(hexOf(raw), "09");
+  manager.setAllowCuttingToMinMax(false);
+  const LogCapture quiet(Logger::Error);
+  EXPECT_FALSE(manager.jsonTextToRaw(id, R"({"a":12})", raw));
+}
+
+TEST(PlannedConversion, SaysEveryWalkAtTraceLevel) {
+  test::OwnTypes types(test::scalar("unsigned short"));
+  EXPECT_EQ(types.decode("07"), "7");
+  const LogCapture log(Logger::Trace);
+  EXPECT_EQ(types.decode("07"), "7");
+  EXPECT_FALSE(log.lines().empty());
+}
+
+TEST(PlannedConversion, ReportsAMissingEnumerationEachTime) {
+  test::OwnTypes types(test::enumeration("missing_t"));
+  for (int i = 0; i < 3; ++i) {
+    const LogCapture log(Logger::Warning);
+    EXPECT_EQ(types.decode("07"), R"("7")");
+    EXPECT_EQ(log.texts(), std::vector<std::string>{
+                               "[korvat] could not resolve enum 0000000000000000-0/missing_t\n"});
+  }
+}
+
+// A reference leads to another type in a manager whose sets are others.
+TEST(PlannedConversion, ResolvesReferencesInTheManagerThatConverts) {
+  test::TempCatalogue one;
+  test::TempCatalogue other;
+  one.write(
+      TypeId::StdPrefix, "nvs",
+      test::nvt("_x", test::reference("SNVT_y")) + test::nvt("_y", test::scalar("unsigned short")));
+  other.write(TypeId::StdPrefix, "nvs",
+              test::nvt("_x", test::reference("SNVT_y")) +
+                  test::nvt("_y", test::scalar("unsigned short", test::scaling(1, -1, 0))));
+  TypeManager manager = one.makeManager();
+  TypeManager second = other.makeManager();
+  const TypeId id(ResourceType::Nv, "", "_x");
+  const Buffer raw = test::bytesOf("07");
+  std::string text;
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_TRUE(manager.rawToJsonText(id, raw, text));
+    EXPECT_EQ(text, "7");
+    EXPECT_TRUE(second.rawToJsonText(id, raw, text));
+    EXPECT_EQ(text, "0.7");
+  }
+  const TypeManager copy = second;
+  manager = copy;
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_TRUE(manager.rawToJsonText(id, raw, text));
+    EXPECT_EQ(text, "0.7");
+  }
+}
+
+TEST(PlannedConversion, OutlivesTheManagerItWasCopiedFrom) {
+  test::TempCatalogue files;
+  files.write(TypeId::StdPrefix, "enums", test::sharedEnums());
+  files.write(TypeId::StdPrefix, "nvs", test::nvt("_x", test::enumeration("power_t")));
+  const TypeId id(ResourceType::Nv, "", "_x");
+  const Buffer raw = test::bytesOf("01");
+  std::string text;
+  auto first = std::make_unique<TypeManager>(files.makeManager());
+  EXPECT_TRUE(first->rawToJsonText(id, raw, text));
+  EXPECT_TRUE(first->rawToJsonText(id, raw, text));
+  TypeManager copy = *first;
+  first.reset();
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_TRUE(copy.rawToJsonText(id, raw, text));
+    EXPECT_EQ(text, R"("PWR_ON")");
+  }
+}
+
+TEST(PlannedConversion, ServesManyThreadsThroughOneManager) {
+  TypeManager manager = test::makeStandardTypes();
+  manager.setAllowCuttingToMinMax(true);
+  const std::vector<const VarType*> types = test::findStandardLayouts(manager);
+  static_cast<void>(
+      manager.getResourceFileSet(TypeId::StdPrefix).getGroup(ResourceType::Enum, true, &manager));
+  const auto convertAll = [&](std::string& texts) {
+    for (const VarType* type : types) {
+      Buffer raw;
+      raw.setSize(static_cast<unsigned>(type->getSize()));
+      std::string text;
+      for (int i = 0; i < 3; ++i) {
+        if (!manager.rawToJsonText(type->getTypeId(), raw, text)) text = "failed";
+      }
+      texts += text;
+      json::Value value;
+      texts += manager.rawToJson(type->getTypeId(), raw, value) ? value.stringify() : "failed";
+    }
+  };
+  std::vector<std::string> texts(4);
+  std::vector<std::thread> threads;
+  for (std::string& text : texts) threads.emplace_back(convertAll, std::ref(text));
+  for (std::thread& thread : threads) thread.join();
+
+  std::string expected;
+  for (const VarType* type : types) {
+    Buffer raw;
+    raw.setSize(static_cast<unsigned>(type->getSize()));
+    json::Value value;
+    ASSERT_TRUE(JsonConverter(&manager, *type, Endianess::Big, false).rawToJson(raw, value));
+    expected += value.stringify() + value.stringify();
+  }
+  for (const std::string& text : texts) EXPECT_EQ(text, expected);
+}
+
+TEST(PlannedConversion, LeavesTheTextAloneForAnUnknownType) {
+  test::OwnTypes types(test::scalar("unsigned short"));
+  std::string text = "before";
+  EXPECT_FALSE(types.manager().rawToJsonText(TypeId(ResourceType::Nv, "", "_none"),
+                                             test::bytesOf("07"), text));
+  EXPECT_EQ(text, "before");
+}
+
+TEST(PlannedConversion, WritesWhatWasConvertedBeforeAFailure) {
+  test::OwnTypes types(test::structure(
+      {{"a", test::scalar("unsigned short")}, {"b", test::reference("SNVT_none")}}));
+  const LogCapture quiet(Logger::Error);
+  std::string text;
+  const TypeId id(ResourceType::Nv, "", "_x");
+  EXPECT_FALSE(types.manager().rawToJsonText(id, test::bytesOf("07"), text));
+  EXPECT_EQ(text, R"({"a":7})");
+}
+
+}  // namespace
+}  // namespace zavri::korvat
