@@ -154,7 +154,8 @@ std::string drawText(const std::vector<GridLine>& lines) {
 
   const std::string margin(marginWidth + 1, ' ');
   std::string numbers = rightAlign("byte", marginWidth) + " ";
-  for (int bit = 7; bit >= 0; --bit) numbers += " " + centered(std::to_string(bit), bitWidth - 1);
+  for (unsigned bit = 0; bit < 8; ++bit)
+    numbers += " " + centered(std::to_string(bit), bitWidth - 1);
   std::string text = toLine(numbers);
   std::string above;
   for (const GridLine& line : lines) {
@@ -242,7 +243,7 @@ std::string drawSvg(const std::string& title, const std::vector<GridLine>& lines
   std::string body = svgText(kEdgePixels, top - 12, Anchor::Start, kFontPixels + 2, title);
   for (unsigned bit = 0; bit < 8; ++bit) {
     body += svgText(kMarginPixels + bit * kBitPixels + kBitPixels / 2, top + 16, Anchor::Middle,
-                    kFontPixels - 2, std::to_string(7 - bit));
+                    kFontPixels - 2, std::to_string(bit));
   }
   body += svgText(kMarginPixels - 10, top + 16, Anchor::End, kFontPixels - 2, "byte");
   top += 24;

@@ -7,8 +7,8 @@
 
 namespace zavri::korvat::tool {
 
-// A picture of a layout: one line for each byte, or for the bytes of one member, most significant
-// bit first.
+// A picture of a layout: one line for each byte, or for the bytes of one member. Bits count from
+// the most significant one, which is 0, as everywhere in the program and in the catalogue.
 struct GridLine {
   struct Cell {
     unsigned firstBit = 0;  // from the most significant one

@@ -14,8 +14,9 @@
 #include "korvat/types/ResourceFileSet.h"
 #include "tool/EncodeProblem.h"
 #include "tool/Failure.h"
-#include "tool/Layout.h"
+#include "tool/Leaves.h"
 #include "tool/NearestName.h"
+#include "tool/SetFolders.h"
 #include "tool/TextTable.h"
 
 namespace zavri::korvat::tool {
@@ -141,23 +142,32 @@ const BaseType& Catalogue::findType(const std::string& text) {
 }
 
 Failure Catalogue::unknownType(const std::string& text, const TypeId& id) {
+  const std::size_t slash = text.rfind('/');
+  const std::string given = slash == std::string::npos ? text : text.substr(slash + 1);
+  const std::string reason = takeReason();
   std::vector<std::string> names;
+  std::vector<std::string> elsewhere;  // the same name in other sets
   for (const ResourceType kind :
        {ResourceType::Nv, ResourceType::Cp, ResourceType::Enum, ResourceType::Fp}) {
-    const ResourceGroup* group =
-        id ? _manager.getResourceFileSet(id.getPrefix()).getGroup(kind, false, &_manager) : nullptr;
-    if (group == nullptr) continue;
-    for (const auto& [name, type] : group->getTypesByName()) names.push_back(displayName(*type));
+    for (const ResourceGroup* group : findGroups(kind)) {
+      for (const auto& [key, type] : group->getTypesByName()) {
+        const std::string name = displayName(*type);
+        if (name == given) elsewhere.push_back(nameOf(*type));
+        if (nameOf(*type) == name) names.push_back(name);
+      }
+    }
   }
-  const std::size_t slash = text.rfind('/');
-  const std::string name = slash == std::string::npos ? text : text.substr(slash + 1);
-  const std::vector<std::string> nearest = findNearest(name, names);
-  const std::string advice = nearest.empty() ? "; see 'korvat list'" : didYouMean(nearest);
-  return Failure(kNotFound, "unknown type '" + text + "': no " +
-                                resourceTypeName(id ? id.getType() : ResourceType::Enum) +
-                                " type of that name in set " +
-                                (id.getPrefix().empty() ? "(none)" : id.getPrefix()) + " of '" +
-                                _folder + "'" + takeReason() + advice)
+  const std::vector<std::string> nearest =
+      elsewhere.empty() ? findNearest(given, names) : elsewhere;
+  // A name that begins like no other kind is taken for an enumeration's.
+  const ResourceType kind = id ? id.getType() : ResourceType::Enum;
+  const std::string what =
+      kind == ResourceType::Enum ? "type" : std::string(resourceTypeName(kind)) + " type";
+  std::string message = "unknown type '" + text + "': no " + what + " of that name in set " +
+                        id.getPrefix() + " of '" + _folder + "'" + reason;
+  if (id.getPrefix().empty()) message = "unknown type '" + text + "': it names no set";
+  return Failure(kNotFound,
+                 message + (nearest.empty() ? "; see 'korvat list'" : didYouMean(nearest)))
       .with("given", text)
       .with("nearest", nearest);
 }
@@ -182,6 +192,40 @@ const ResourceGroup* Catalogue::findGroup(ResourceType type) {
   _lastWarning.clear();
   const std::string prefix = TypeId(type, _options.prefix, "").getPrefix();
   return _manager.getResourceFileSet(prefix).getGroup(type, true, &_manager);
+}
+
+std::vector<const ResourceGroup*> Catalogue::findGroups(ResourceType type) {
+  std::vector<const ResourceGroup*> groups{findGroup(type)};
+  if (_options.prefix.empty()) {
+    for (const auto& [folder, set] : findSetFolders(_manager).sets) {
+      if (set != &_manager.getResourceFileSet(TypeId::StdPrefix)) {
+        groups.push_back(set->getGroup(type, false, &_manager));
+      }
+    }
+  }
+  groups.erase(std::remove(groups.begin(), groups.end(), nullptr), groups.end());
+  return groups;
+}
+
+std::string Catalogue::nameOf(const BaseType& type) const {
+  const std::string prefix = TypeId(ResourceType::Nv, _options.prefix, "").getPrefix();
+  const TypeId& id = type.getTypeId();
+  return id.getPrefix() == prefix ? displayName(type) : id.getPrefix() + "/" + displayName(type);
+}
+
+void Catalogue::refuseDynamicArrays(const char* command) const {
+  if (!_options.useDynamicArrays) return;
+  throw Failure(kWrongUsage, std::string(command) +
+                                 " shows arrays at their full size; it does not take "
+                                 "--dynamic-arrays");
+}
+
+unsigned Catalogue::findSize(const VarType& type) {
+  try {
+    return getSize(type);
+  } catch (const Failure&) {
+    return 0;
+  }
 }
 
 Failure Catalogue::missingGroup(ResourceType type) {
@@ -237,27 +281,48 @@ void Catalogue::checkLength(const VarType& type, const base::Buffer& buffer) {
   const unsigned expected = facts.size;
   if (buffer.getSize() == expected) return;
 
+  unsigned needed = expected;
   const bool mayBeShorter = _options.useDynamicArrays && facts.hasDynamicArray;
-  if (mayBeShorter && buffer.getSize() < expected) return;
-  throw Failure(kProblem, bytesText(buffer.getSize()) + " given, but a value of " +
-                              displayName(type) + " has " + (mayBeShorter ? "at most " : "") +
-                              std::to_string(expected) + missingMember(type, buffer.getSize()) +
-                              "; --any-length takes it all the same")
-      .with("type", displayName(type))
+  if (mayBeShorter && buffer.getSize() < expected) {
+    needed = measure(type, buffer);
+    if (buffer.getSize() == needed) return;
+  }
+  const std::string begin =
+      bytesText(buffer.getSize()) + " given, but a value of " + displayName(type) + " has " +
+      (mayBeShorter && needed == expected ? "at most " : "") + std::to_string(needed);
+  const std::string end = "; --any-length takes it all the same";
+  Failure failure = mayBeShorter ? Failure(kProblem, begin + end)
+                                 : withMissingMember(type, buffer.getSize(), begin, end);
+  throw failure.with("type", displayName(type))
       .with("given", bytesText(buffer.getSize()))
-      .with("expected", bytesText(expected));
+      .with("expected", bytesText(needed));
 }
 
-std::string Catalogue::missingMember(const VarType& type, unsigned byteCount) {
-  for (const LayoutRow& row : makeLayout(_manager, type)) {
-    const unsigned elements = row.member->isArray() ? row.member->getArraySize() : 1;
-    const bool isLeaf = row.member->getKind() != Member::Kind::Aggregate;
-    if (!isLeaf || row.byteOffset + (row.bitCount * elements + 7) / 8 <= byteCount) continue;
-    return row.path.empty()
-               ? ""
-               : ": '" + row.path + "' at byte " + std::to_string(row.byteOffset) + " is not there";
+unsigned Catalogue::measure(const VarType& type, const base::Buffer& buffer) {
+  JsonConverter converter(&_manager, type, _options.order, true);
+  base::Buffer again;
+  return converter.jsonToRaw(decode(type, buffer), again) ? again.getSize() : buffer.getSize();
+}
+
+Failure Catalogue::withMissingMember(const VarType& type, unsigned byteCount,
+                                     const std::string& begin, const std::string& end) {
+  constexpr unsigned kMostBytes = 64 * 1024;  // of values whose members are looked through
+  const unsigned size = getSize(type);
+  if (size > kMostBytes || byteCount >= size) return Failure(kProblem, begin + end);
+  base::Buffer zeros;
+  zeros.setSize(size);
+  const json::Value value = decode(type, zeros);
+  const Value access(&_manager, &type, _options.order, zeros);
+  for (const Leaf& leaf : findLeaves(access, value)) {
+    if (leaf.path.empty() || !leaf.access.isValid()) continue;
+    const unsigned first = firstByteOf(_manager, leaf.access);
+    if (first + byteCountOf(_manager, leaf.access) <= byteCount) continue;
+    return Failure(kProblem, begin + ": '" + leaf.path + "' at byte " + std::to_string(first) +
+                                 " is not there" + end)
+        .with("member", leaf.path)
+        .with("byte", first);
   }
-  return "";
+  return Failure(kProblem, begin + end);
 }
 
 json::Value Catalogue::decode(const VarType& type, const base::Buffer& buffer) {

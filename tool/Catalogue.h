@@ -37,11 +37,23 @@ class Catalogue {
 
   // The group of a kind in the set of the option --prefix; null when it cannot be loaded.
   const ResourceGroup* findGroup(ResourceType type);
+  // The groups of a kind in the set of the option --prefix, or, without that option, in all sets of
+  // the catalogue, the standard one first; those that cannot be loaded are left out.
+  std::vector<const ResourceGroup*> findGroups(ResourceType type);
+  // What the command line calls a type: "SNVT_temp_p", or with its prefix when a bare name would
+  // mean another set.
+  std::string nameOf(const BaseType& type) const;
   // The error for a group that is not there, with the library's reason for the last one.
   Failure missingGroup(ResourceType type);
 
   // Bytes of a value of the type, dynamic arrays at their full size.
   unsigned getSize(const VarType& type) { return getFacts(type).size; }
+
+  // The same, and 0 for a type whose layout cannot be followed.
+  unsigned findSize(const VarType& type);
+  // Throws for a command that shows arrays at their full size, where the option --dynamic-arrays
+  // asks for something else.
+  void refuseDynamicArrays(const char* command) const;
 
   // Hexadecimal text, blanks allowed, as the bytes of one value.
   base::Buffer readHex(const std::string& text) const;
@@ -67,8 +79,11 @@ class Catalogue {
   const Facts& getFacts(const VarType& type);
   Failure encodeFailure(const VarType& type, const json::Value& value,
                         const JsonConverter& converter);
-  // The first member of a value that is too short for it, for the end of an error message.
-  std::string missingMember(const VarType& type, unsigned byteCount);
+  // Bytes that a value takes whose dynamic arrays are as long as `buffer` says.
+  unsigned measure(const VarType& type, const base::Buffer& buffer);
+  // Adds to an error the first member that a value of `byteCount` bytes lacks.
+  Failure withMissingMember(const VarType& type, unsigned byteCount, const std::string& begin,
+                            const std::string& end);
   // The last warning of the library, in brackets, for the end of an error message; may be empty.
   std::string takeReason();
 

@@ -6,14 +6,11 @@
 #include <vector>
 
 #include "korvat/types/TypeId.h"
+#include "tool/TextTable.h"
 #include "tool/TypeDiff.h"
 
 // What the comparisons of the kinds of types share.
 namespace zavri::korvat::tool {
-
-inline std::string plural(std::size_t count, const std::string& noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
 
 // "state: " for a message; nothing for the value itself.
 inline std::string prefixOf(const std::string& path) {

@@ -9,6 +9,7 @@
 #include "tool/Finding.h"
 #include "tool/ItemIndex.h"
 #include "tool/SetFolders.h"
+#include "tool/TextTable.h"
 #include "tool/TypeCheck.h"
 
 namespace zavri::korvat::tool {
@@ -43,8 +44,8 @@ class CatalogueCheck {
   bool hasFiles() const { return _fileCount > 0; }
 
   std::string getSummary() const {
-    return std::to_string(_typeCount) + " types in " + std::to_string(_fileCount) + " files of " +
-           std::to_string(_sets.size()) + (_sets.size() == 1 ? " set" : " sets");
+    return plural(_typeCount, "type") + " in " + plural(_fileCount, "file") + " of " +
+           plural(_sets.size(), "set");
   }
 
  private:

@@ -10,6 +10,7 @@
 #include "tool/Finding.h"
 #include "tool/ItemIndex.h"
 #include "tool/SetFolders.h"
+#include "tool/TextTable.h"
 #include "tool/TypeDiff.h"
 
 namespace zavri::korvat::tool {
@@ -20,10 +21,6 @@ namespace fs = std::filesystem;
 
 // Users of a type that one finding names.
 constexpr std::size_t kMaxNamedUsers = 10;
-
-std::string plural(std::size_t count, const std::string& noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
 
 // One of the two catalogues.
 struct Side {

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -48,10 +49,10 @@ class Explanation {
     const MemberValue& access = leaf.access;
     json::Value& row = _rows[_rows.getSize()];
     row["path"] = leaf.path;
+    if (leaf.isInUnion) row["alternative"].setBoolean(true);
     const Member& member = *access.getMember();
-    const unsigned elementSize = (member.getElementBitCount(&_manager) + 7) / 8;
     const bool isWhole = member.isArray() && access.getElementIndex() < 0;
-    const unsigned byteCount = isWhole ? elementSize * member.getArraySize() : elementSize;
+    const unsigned byteCount = byteCountOf(_manager, access);
     const unsigned offset = firstByteOf(_manager, access);
     row["byte"] = offset;
     row["bytes"] = bytesAt(offset, byteCount);
@@ -80,7 +81,9 @@ class Explanation {
       case Member::Kind::Float: {
         double raw = 0;
         static_cast<void>(access.get(-1, raw));
-        return addNumber(static_cast<const MemFloat&>(member), raw, row);
+        addNumber(static_cast<const MemFloat&>(member), raw, row);
+        if (!std::isfinite(raw)) row["note"] = std::isnan(raw) ? "not a number" : "infinite";
+        return;
       }
       case Member::Kind::Bitfield: {
         const auto& field = static_cast<const MemBitfield&>(member);
@@ -117,12 +120,20 @@ class Explanation {
       row["display"]["factor"].setValue(display.getFactor());
       row["display"]["offset"].setValue(display.getOffset());
     }
-    if (member.isInvalid(raw)) {
-      row["note"] = "the invalid marker";
-    } else if (member.hasMin() && raw < member.getMin()) {
-      row["note"] = "below the minimum, raw " + textOf(member.getMin());
-    } else if (member.hasMax() && raw > member.getMax()) {
-      row["note"] = "above the maximum, raw " + textOf(member.getMax());
+    // What an alternative of a union holds that does not apply says nothing about limits.
+    if (row.getPropertyMap().find("alternative") != nullptr) return;
+    switch (standingOf(member, raw)) {
+      case Standing::Marker:
+        row["note"] = "the invalid marker";
+        break;
+      case Standing::Below:
+        row["note"] = "below the minimum, raw " + textOf(member.getMin());
+        break;
+      case Standing::Above:
+        row["note"] = "above the maximum, raw " + textOf(member.getMax());
+        break;
+      case Standing::Inside:
+        break;
     }
   }
 
@@ -190,7 +201,7 @@ std::string valueText(const json::Value& row) {
   return text;
 }
 
-// "raw 200 = 5 * 10^-1 * raw" behind a value that was scaled.
+// "raw 200, 5 * 10^-1 * raw" behind a value that was scaled.
 std::string rawText(const json::Value& row) {
   if (row["raw"].isNull()) return "";
   std::string text = "raw " + row["raw"].asString();
@@ -251,8 +262,7 @@ bool isColored(const std::string& when) {
 
 void runExplain(Catalogue& catalogue, const std::string& typeName,
                 const std::vector<std::string>& hex) {
-  // Members behind a dynamic array stand where they do when it has its full size.
-  catalogue.getManager().setUseDynamicArrays(false);
+  catalogue.refuseDynamicArrays("explain");
   const VarType& type = catalogue.findVarType(typeName);
   base::Buffer raw = catalogue.readHex(join(hex));
   catalogue.checkLength(type, raw);

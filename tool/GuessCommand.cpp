@@ -43,7 +43,9 @@ Evidence evidenceOfInteger(const M& member, T raw, unsigned bitCount) {
 // Of random singles, few are numbers of an everyday size.
 Evidence evidenceOfFloat(const MemFloat& member, double raw) {
   constexpr double kEverydayBits = 2;
-  if (!std::isfinite(raw) || !member.isInRange(raw)) return std::nullopt;
+  const Standing standing = standingOf(member, raw);
+  if (standing == Standing::Below || standing == Standing::Above) return std::nullopt;
+  if (!std::isfinite(raw) && standing != Standing::Marker) return std::nullopt;
   const double size = std::abs(raw);
   return raw == 0 || (size > 1e-6 && size < 1e9) ? kEverydayBits : 0;
 }
@@ -125,16 +127,16 @@ std::vector<Candidate> findCandidates(Catalogue& catalogue, base::Buffer& raw) {
   std::vector<Candidate> candidates;
   Guess guess(catalogue.getManager(), catalogue.getOptions().order);
   for (const ResourceType kind : {ResourceType::Nv, ResourceType::Cp}) {
-    const ResourceGroup* group = catalogue.findGroup(kind);
-    if (group == nullptr) continue;
-    for (const auto& [name, type] : group->getTypesByName()) {
-      const auto* varType = dynamic_cast<const VarType*>(type.get());
-      if (varType == nullptr || varType->getMember() == nullptr) continue;
-      if (varType->hasFlags(BaseType::kDerivedFormat)) continue;
-      if (catalogue.getSize(*varType) != raw.getSize()) continue;
-      json::Value value = catalogue.decode(*varType, raw);
-      const Evidence evidence = guess.weigh(*varType, raw, value);
-      if (evidence) candidates.push_back({varType, *evidence, std::move(value)});
+    for (const ResourceGroup* group : catalogue.findGroups(kind)) {
+      for (const auto& [name, type] : group->getTypesByName()) {
+        const auto* varType = type->asVarType();
+        if (varType == nullptr || varType->getMember() == nullptr) continue;
+        if (varType->hasFlags(BaseType::kDerivedFormat)) continue;
+        if (catalogue.findSize(*varType) != raw.getSize()) continue;
+        json::Value value = catalogue.decode(*varType, raw);
+        const Evidence evidence = guess.weigh(*varType, raw, value);
+        if (evidence) candidates.push_back({varType, *evidence, std::move(value)});
+      }
     }
   }
   // Obsolete types last among equals, then by kind and number.
@@ -155,7 +157,7 @@ std::vector<Candidate> findCandidates(Catalogue& catalogue, base::Buffer& raw) {
 }  // namespace
 
 void runGuess(Catalogue& catalogue, const std::vector<std::string>& hex) {
-  catalogue.getManager().setUseDynamicArrays(false);
+  catalogue.refuseDynamicArrays("guess");
   base::Buffer raw = catalogue.readHex(join(hex));
   const std::vector<Candidate> candidates = findCandidates(catalogue, raw);
   if (candidates.empty()) {
@@ -166,7 +168,7 @@ void runGuess(Catalogue& catalogue, const std::vector<std::string>& hex) {
   rows.switchType(json::JsonType::Array);
   std::string lines;
   for (const Candidate& candidate : candidates) {
-    const std::string name = displayName(*candidate.type);
+    const std::string name = catalogue.nameOf(*candidate.type);
     lines += pad(name, 28) + "  " + candidate.value.stringify() + "\n";
     json::Value& row = rows[rows.getSize()];
     row["type"] = name;

@@ -96,12 +96,18 @@ const json::Value& MemberPath::get(const json::Value& root) const {
 const json::Value& MemberPath::getElement(const json::Value& array, const Step& step) const {
   if (!step.isNumber) {
     throw Failure(kProblem,
-                  "'" + step.text + "' at path '" + _text + "' is not an index; expected [n]");
+                  "'" + step.text + "' at path '" + _text + "' is not an index; expected [n]")
+        .with("member", _text)
+        .with("given", step.text)
+        .with("expected", "[n]");
   }
   if (array.isArray() && step.index < array.getSize()) return array[step.index];
   const std::string expected =
       array.isArray() ? "there are " + std::to_string(array.getSize()) : "there is no array here";
-  throw Failure(kProblem, "no element [" + step.text + "] at path '" + _text + "'; " + expected);
+  throw Failure(kProblem, "no element [" + step.text + "] at path '" + _text + "'; " + expected)
+      .with("member", _text)
+      .with("given", "[" + step.text + "]")
+      .with("expected", expected);
 }
 
 json::Value& MemberPath::make(json::Value& root) const {

@@ -36,11 +36,34 @@ std::vector<Leaf> findLeaves(const Value& raw, const json::Value& decoded) {
   return leaves;
 }
 
+Standing standingOf(const MemFloat& member, double raw) {
+  if (member.getNcType() != NcType::Float) return standingOf<MemFloat, double>(member, raw);
+  const auto single = static_cast<float>(raw);
+  if (member.hasInvalid() && single == static_cast<float>(member.getInvalid())) {
+    return Standing::Marker;
+  }
+  if (member.hasMin() && single < static_cast<float>(member.getMin())) return Standing::Below;
+  const bool isAbove = member.hasMax() && single > static_cast<float>(member.getMax());
+  return isAbove ? Standing::Above : Standing::Inside;
+}
+
+namespace {
+
+unsigned elementSizeOf(TypeManager& manager, const MemberValue& place) {
+  return (place.getMember()->getElementBitCount(&manager) + 7) / 8;
+}
+
+}  // namespace
+
+unsigned byteCountOf(TypeManager& manager, const MemberValue& place) {
+  const bool isWhole = place.getMember()->isArray() && place.getElementIndex() < 0;
+  return elementSizeOf(manager, place) * (isWhole ? place.getMember()->getArraySize() : 1);
+}
+
 unsigned firstByteOf(TypeManager& manager, const MemberValue& place) {
   const auto begin = static_cast<unsigned>(place.getByteOffset());
   if (place.getElementIndex() < 0) return begin;
-  const unsigned elementSize = (place.getMember()->getElementBitCount(&manager) + 7) / 8;
-  return begin + static_cast<unsigned>(place.getElementIndex()) * elementSize;
+  return begin + static_cast<unsigned>(place.getElementIndex()) * elementSizeOf(manager, place);
 }
 
 }  // namespace zavri::korvat::tool

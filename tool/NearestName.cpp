@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
-#include "korvat/base/AsciiText.h"
+#include "tool/TextTable.h"
 
 namespace zavri::korvat::tool {
 
@@ -13,11 +13,6 @@ constexpr std::size_t kLongestName = 64;  // longer texts are no misspelt names
 constexpr std::size_t kMostNames = 3;     // that may have been meant
 constexpr std::size_t kMostJoined = 30;   // in a list of all names
 constexpr std::size_t kShortestPart = 3;  // characters that a name may be found by
-
-std::string lowered(std::string text) {
-  for (char& c : text) c = util::toLower(c);
-  return text;
-}
 
 // Fewest typing mistakes between two texts (optimal string alignment).
 std::size_t countMistakes(const std::string& a, const std::string& b) {

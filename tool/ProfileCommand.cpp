@@ -150,7 +150,8 @@ const FpType& findProfile(Catalogue& catalogue, const std::string& nameOrKey) {
   TypeManager& manager = catalogue.getManager();
   bool isWhole = false;
   const std::int32_t key = StringUtils::toInt32(nameOrKey, isWhole);
-  const bool isNumber = nameOrKey.find_first_not_of("-0123456789") == std::string::npos;
+  const bool isNumber = nameOrKey.find_first_not_of("-0123456789") == std::string::npos &&
+                        nameOrKey.find_first_of("0123456789") != std::string::npos;
   if (!isNumber) {
     const auto* profile = dynamic_cast<const FpType*>(&catalogue.findType(nameOrKey));
     if (profile == nullptr) {

@@ -29,11 +29,6 @@ struct Text {
   std::string text;
 };
 
-std::string lowered(std::string text) {
-  for (char& c : text) c = util::toLower(c);
-  return text;
-}
-
 void addEnumerators(const EnumType& type, std::vector<Text>& texts) {
   for (const auto& [name, value] : type.getItemsByName()) texts.push_back({Part::Enumerator, name});
 }
@@ -109,12 +104,12 @@ std::vector<Match> findMatches(Catalogue& catalogue, const std::vector<std::stri
   Summaries summaries(catalogue.getManager().getBaseDir());
   for (const ResourceType kind :
        {ResourceType::Nv, ResourceType::Cp, ResourceType::Enum, ResourceType::Fp}) {
-    const ResourceGroup* group = catalogue.findGroup(kind);
-    if (group == nullptr) continue;
-    for (const auto& [name, type] : group->getTypesByName()) {
-      Match match{type.get(), summaries.find(*type), Part::Name, {}};
-      if (matchAll(textsOf(catalogue.getManager(), *type, match.summary), words, match)) {
-        matches.push_back(std::move(match));
+    for (const ResourceGroup* group : catalogue.findGroups(kind)) {
+      for (const auto& [name, type] : group->getTypesByName()) {
+        Match match{type.get(), summaries.find(*type), Part::Name, {}};
+        if (matchAll(textsOf(catalogue.getManager(), *type, match.summary), words, match)) {
+          matches.push_back(std::move(match));
+        }
       }
     }
   }
@@ -137,10 +132,10 @@ void runSearch(Catalogue& catalogue, const std::vector<std::string>& arguments) 
   for (const Match& match : matches) {
     json::Value& row = rows[rows.getSize()];
     row["kind"] = resourceTypeName(match.type->getTypeId().getType());
-    row["name"] = displayName(*match.type);
+    row["name"] = catalogue.nameOf(*match.type);
     if (!match.summary.empty()) row["summary"] = match.summary;
     std::string line =
-        pad(row["kind"].asString(), 5) + pad(displayName(*match.type), 28) + "  " + match.summary;
+        pad(row["kind"].asString(), 5) + pad(row["name"].asString(), 28) + "  " + match.summary;
     for (const Text& found : match.found) {
       json::Value& place = row["found"][row["found"].getSize()];
       const std::string part = kPartNames[static_cast<std::size_t>(found.part)];

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "korvat/base/AsciiText.h"
+
 namespace zavri::korvat::tool {
 
 // Columns of text output; a longer text is left as it is.
@@ -24,9 +26,19 @@ inline std::string join(const std::vector<std::string>& words) {
   return text;
 }
 
-// "1 byte", "2 bytes"
+// "1 type", "2 types"
+inline std::string plural(std::size_t count, const std::string& noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 inline std::string bytesText(std::size_t count) {
-  return std::to_string(count) + (count == 1 ? " byte" : " bytes");
+  return plural(count, "byte");
+}
+
+// Texts are searched without regard to case.
+inline std::string lowered(std::string text) {
+  for (char& c : text) c = util::toLower(c);
+  return text;
 }
 
 // One line of output, without blanks at its end.

@@ -95,8 +95,18 @@ struct Arguments {
   std::string newCatalog;
 };
 
+// An empty name, maybe of a variable that is not set, would stand for the default folder.
+CLI::Validator isNamed() {
+  const auto check = [](const std::string& folder) {
+    return folder.empty() ? std::string("the name of the folder is empty") : std::string();
+  };
+  return CLI::Validator(check, "");
+}
+
 void addOptions(CLI::App& app, Options& options) {
-  app.add_option("--catalog", options.catalog, "Base folder of the catalogue")->type_name("DIR");
+  app.add_option("--catalog", options.catalog, "Base folder of the catalogue")
+      ->check(isNamed())
+      ->type_name("DIR");
   app.add_option("--prefix", options.prefix,
                  "Set that bare type names belong to (the standard set)")
       ->type_name("PREFIX");
@@ -329,7 +339,7 @@ void addCatalogueCommands(CLI::App& app, Options& options, Arguments& arguments)
   });
 
   CLI::App* check = app.add_subcommand("check", "Look for mistakes in a catalogue");
-  check->add_option("DIR", options.catalog, "Base folder, as with --catalog");
+  check->add_option("DIR", options.catalog, "Base folder, as with --catalog")->check(isNamed());
   check->callback([&] {
     Catalogue catalogue(options);
     runCheck(catalogue);

@@ -6,6 +6,7 @@
 
 #include "korvat/base/Value.h"
 #include "tests/RunTool.h"
+#include "tests/convert/TypeXml.h"
 
 // What errors of the program teach: where, what was given and expected, which name was meant.
 namespace zavri::test {
@@ -105,6 +106,10 @@ const std::vector<LessonCase> kLessons = {
      1,
      "5 bytes given, but a value of SNVT_temp_setpt has 12: 'unoccupied_cool' at byte 4 is not "
      "there; --any-length takes it all the same"},
+    {"TypeOfAnotherSet",
+     {"--catalog", KORVAT_TEST_DATA "/catalogue", "describe", "UNVTCascade"},
+     3,
+     "; did you mean '9FFFFF0501000000-4/UNVTCascade'?"},
     {"PlaceInTheHexadecimalText",
      {"decode", "SNVT_switch", "C8 0G"},
      1,
@@ -112,6 +117,41 @@ const std::vector<LessonCase> kLessons = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Errors, Lesson, testing::ValuesIn(kLessons), kNameOf);
+
+// A count, an array of 1 to 4 numbers of 2 bytes, one more byte: 8 - 2 * (4 - count) + 2 bytes.
+struct DynamicCase {
+  std::string name;
+  std::string hex;
+  std::string output;
+  std::string error;  // part of it
+};
+
+class DynamicLength : public testing::TestWithParam<DynamicCase> {};
+
+TEST_P(DynamicLength, IsThatOfTheElementsThatTheCountSays) {
+  TempCatalogue files;
+  files.write(korvat::TypeId::StdPrefix, "nvs",
+              nvt("_x", structure({{"n", scalar("unsigned short")},
+                                   {"xs", scalar("unsigned long", dynamicArray(0, 4))},
+                                   {"tail", scalar("unsigned short")}})));
+  const ToolResult result =
+      runTool({"--catalog", files.path(), "decode", "--dynamic-arrays", "SNVT_x", GetParam().hex});
+  EXPECT_EQ(result.output, GetParam().output);
+  EXPECT_NE(result.errors.find(GetParam().error), std::string::npos) << result.errors;
+  EXPECT_EQ(result.errors.empty(), GetParam().error.empty());
+  EXPECT_EQ(result.status, GetParam().error.empty() ? 0 : 1);
+}
+
+const std::vector<DynamicCase> kDynamicCases = {
+    {"Fits", "0200010002FF", "{\"n\":2,\"xs\":[1,2],\"tail\":255}\n", ""},
+    {"TooShort", "02", "", "1 byte given, but a value of SNVT_x has 6"},
+    {"TooLong", "0200010002FF00", "", "7 bytes given, but a value of SNVT_x has 6"},
+    {"LongerThanAny", "0200010002FF0000000000", "", "11 bytes given"},
+    {"CountBeyondTheArray", "0900010002FF", "",
+     "6 bytes given, but a value of SNVT_x has at most 10"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Values, DynamicLength, testing::ValuesIn(kDynamicCases), kNameOf);
 
 struct JsonCase {
   std::string name;
@@ -153,7 +193,11 @@ const std::vector<JsonCase> kJsonCases = {
      R"("given":"x","expected":"0 to 1"})"},
     {"Length",
      {"decode", "SNVT_switch", "C8"},
-     R"({"status":1,"type":"SNVT_switch","given":"1 byte","expected":"2 bytes"})"},
+     R"({"status":1,"member":"state","byte":1,"type":"SNVT_switch","given":"1 byte",)"
+     R"("expected":"2 bytes"})"},
+    {"Element",
+     {"get", "SNVT_switch", "C801", "value[9]"},
+     R"({"status":1,"member":"value[9]","given":"[9]","expected":"there is no array here"})"},
     {"Usage", {"decode", "--strem"}, R"({"status":2,"given":"--strem","nearest":["--stream"]})"},
     {"UsageWithoutANearName", {"decode", "SNVT_switch"}, R"({"status":2})"},
 };

@@ -57,6 +57,17 @@ const std::vector<ExplainCase> kCases = {
      "FF     value  127.5 percent of full level  raw 255, 5 * 10^-1 * raw, above the maximum, raw "
      "200\n"
      "   63  state  99 state code                raw 99, above the maximum, raw 1\n"},
+    // 0xC38895C3 is the single nearest to the minimum, -273.17; 0xC38895C4 is the next one below.
+    {"SingleAtItsLimit",
+     {"SNVT_temp_f", "C38895C3"},
+     "SNVT_temp_f  nv 63  4 bytes\n"
+     "C3 88 95 C3\n"
+     "C3 88 95 C3  (value)  -273.17 degrees Celsius  raw -273.1700134277344\n"},
+    {"NoNumber",
+     {"SNVT_temp_f", "7FC00000"},
+     "SNVT_temp_f  nv 63  4 bytes\n"
+     "7F C0 00 00\n"
+     "7F C0 00 00  (value)  nan degrees Celsius  raw null, not a number\n"},
     {"InvalidMarkerAndMinimum",
      {"SNVT_switch", "00FE"},
      "SNVT_switch  nv 95  2 bytes\n"

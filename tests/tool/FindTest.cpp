@@ -114,6 +114,21 @@ TEST(Guess, PutsTheSwitchFirstForASwitchValue) {
             "SNVT_switch                   {\"value\":100.0,\"state\":1}");
 }
 
+TEST(Guess, LooksIntoAllSetsUnlessOneIsNamed) {
+  const std::string catalogue = KORVAT_TEST_DATA "/catalogue";
+  EXPECT_EQ(runTool({"--catalog", catalogue, "guess", "01020910"}).output.substr(0, 34),
+            "9FFFFF0000000000-3/UNVTBoilerState");
+  EXPECT_EQ(runTool({"--catalog", catalogue, "--prefix", "9FFFFF0000000000-3", "guess", "01020910"})
+                .output.substr(0, 15),
+            "UNVTBoilerState");
+}
+
+// The single nearest to the limit -273.17 stands for it, though it is a little less.
+TEST(Guess, TakesTheSingleThatStandsForALimit) {
+  EXPECT_NE(runTool({"guess", "C38895C3"}).output.find("SNVT_temp_f "), std::string::npos);
+  EXPECT_EQ(runTool({"guess", "C38895C4"}).output.find("SNVT_temp_f "), std::string::npos);
+}
+
 // --- search ---
 
 struct SearchCase {
@@ -166,6 +181,15 @@ TEST(Search, SaysInJsonWhereEachWordStands) {
   EXPECT_EQ(rows[0]["found"][0]["part"].asString(), "enumerator");
   EXPECT_EQ(rows[0]["found"][0]["text"].asString(), "COL_BLUE");
   EXPECT_EQ(rows[1]["name"].asString(), "color_t");
+}
+
+TEST(Search, LooksIntoAllSetsUnlessOneIsNamed) {
+  const std::string catalogue = KORVAT_TEST_DATA "/catalogue";
+  EXPECT_EQ(runTool({"--catalog", catalogue, "search", "boilerstate"}).output,
+            "nv   9FFFFF0000000000-3/UNVTBoilerState\n");
+  EXPECT_EQ(runTool({"--catalog", catalogue, "--prefix", "9FFFFF0000000000-3", "search", "state"})
+                .output.find("nv   UNVTBoilerState"),
+            0u);
 }
 
 struct FailureCase {

@@ -44,7 +44,7 @@ TEST_P(BitGrid, ShowsWhichBitsBelongToWhichMember) {
   EXPECT_EQ(output.substr(begin + 1), GetParam().grid);
 }
 
-const std::string kNumbers = "  byte   7   6   5   4   3   2   1   0\n";
+const std::string kNumbers = "  byte   0   1   2   3   4   5   6   7\n";
 const std::string kWhole = "       +-------------------------------+\n";
 
 const std::vector<GridCase> kGridCases = {

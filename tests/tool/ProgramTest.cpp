@@ -93,7 +93,7 @@ const std::vector<OutputCase> kOutputCases = {
      "     0         8  value    unsigned short  raw 0..200  = 5 * 10^-1 * raw  [percent of full "
      "level]\n"
      "     1         8  state    signed short    raw -1..1  invalid -1  [state code]\n"
-     "  byte   7   6   5   4   3   2   1   0\n"
+     "  byte   0   1   2   3   4   5   6   7\n"
      "       +-------------------------------+\n"
      "     0 |             value             |\n"
      "       +-------------------------------+\n"

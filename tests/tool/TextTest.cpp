@@ -127,7 +127,7 @@ TEST(Description, ShowsTheTreeOfAFormat) {
             "  byte bit  bits  member   type\n"
             "     0        16  (value)  signed long  raw -32768..32766  invalid 32767"
             "  = 1 * 10^-2 * raw  shown = 1.8 * physical + 0\n"
-            "  byte   7   6   5   4   3   2   1   0\n"
+            "  byte   0   1   2   3   4   5   6   7\n"
             "       +-------------------------------+\n"
             "   0-1 |            (value)            |\n"
             "       +-------------------------------+\n"
