@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -26,6 +27,8 @@ namespace zavri::korvat::tool {
 namespace {
 
 constexpr std::size_t kBlockSize = std::size_t{256} * 1024;  // bytes written at once
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::uint64_t kLinesBetweenLooks = 256;  // at the clock, for the progress
 
 // Collects output and writes it in large pieces. False once the reader has gone away.
 class Output {
@@ -64,8 +67,7 @@ class Stream {
     const VarType* defaultType = _options.type.empty() ? nullptr : &findType(_options.type);
     begin(defaultType);
     if (_options.isCsv) _rows = makeRows(defaultType);
-    convertInput();
-    if (_failures.getCount() == 0) return;
+    if (!convertInput() || _failures.getCount() == 0) return;
     _failures.print(_catalogue.getOptions().errorForm == "json");
     throw Failure(kProblem, std::to_string(_failures.getCount()) + " of " + std::to_string(_count) +
                                 " records failed; each has its \"error\"");
@@ -81,7 +83,7 @@ class Stream {
   virtual std::string convertBare(std::string_view line, json::Value& record) = 0;
   // Makes a record of such a line.
   virtual void wrapBare(std::string_view line, json::Value& record) = 0;
-  virtual bool isBare(const json::Value& parsed, bool isJson) const = 0;
+  virtual bool isBare(const json::Value& parsed, bool isJson) = 0;
   virtual std::unique_ptr<CsvRows> makeRows(const VarType* defaultType) = 0;
   // The columns of CSV input. Throws Failure when they cannot be converted.
   virtual void takeHeader(const std::vector<std::string>& columns) = 0;
@@ -109,12 +111,14 @@ class Stream {
   const StreamOptions& getOptions() const { return _options; }
 
  private:
-  void convertInput() {
+  // False when nobody reads the output any more.
+  bool convertInput() {
     Output output;
     LineReader reader;
     Progress progress;
     const auto takeLine = [&](std::string_view line) {
-      ++_lineCount;
+      if (++_lineCount == 1 && line.substr(0, 3) == kByteOrderMark) line.remove_prefix(3);
+      if (_lineCount % kLinesBetweenLooks == 0) progress.show(_count, reader.getByteCount());
       return _options.isFromCsv ? takeCsvLine(line, output) : takeJsonLine(line, output);
     };
     bool isWanted = true;  // the output has a reader
@@ -123,17 +127,17 @@ class Stream {
                   progress.show(_count, reader.getByteCount());
                   return isWanted = output.flush();
                 });
-    if (isWanted) finish(output);
+    return isWanted && finish(output);
   }
 
-  void finish(Output& output) {
+  bool finish(Output& output) {
     if (_options.isFromCsv) {
       const CsvReader::State state = _csv.finish();
-      if (state == CsvReader::State::Broken) takeRow(state, output);
+      if (state == CsvReader::State::Broken && !takeRow(state, output)) return false;
       if (_columns.empty()) throw Failure(kProblem, "the CSV input is empty: it has no header");
     }
-    if (_rows != nullptr) output.add(_rows->finish());
-    output.flush();
+    if (_rows != nullptr && !output.add(_rows->finish())) return false;
+    return output.flush();
   }
 
   bool takeJsonLine(std::string_view line, Output& output) {
@@ -160,7 +164,7 @@ class Stream {
       }
       if (!record.isObject()) throw Failure(kProblem, "expected a JSON object");
       convertRecord(record);
-      clearError(record);
+      dropError(record);
     } catch (const Failure& failure) {
       addFailure(failure, _lineCount, record);
     }
@@ -192,7 +196,7 @@ class Stream {
                                     " fields, but the header " + std::to_string(_columns.size()));
       }
       convertRecord(record);
-      clearError(record);
+      dropError(record);
     } catch (const Failure& failure) {
       addFailure(failure, _csv.getFirstLine(), record);
     }
@@ -204,20 +208,27 @@ class Stream {
     if (names.size() != columns.size()) {
       throw Failure(kProblem, "the header of the CSV input names a column twice");
     }
+    if (_options.type.empty() && names.count("type") == 0) {
+      throw Failure(kWrongUsage, "the CSV input has no column 'type': name the type with --type");
+    }
     takeHeader(columns);
     if (_rows != nullptr) _rows->setInput(columns);
     _columns = columns;
   }
 
   void addFailure(const Failure& failure, std::uint64_t line, json::Value& record) {
-    _failures.add(failure.what(), line);
+    _failures.add(failure.what(), line, record);
     record["error"] = failure.what();
   }
 
-  // Of an earlier conversion: a row with an error shows no result.
-  void clearError(json::Value& record) {
-    if (_rows == nullptr || record.getPropertyMap().find("error") == nullptr) return;
-    record["error"].clear();
+  // Of an earlier conversion.
+  static void dropError(json::Value& record) {
+    if (record.getPropertyMap().find("error") == nullptr) return;
+    json::Value rest;
+    for (const auto& [name, value] : record.getPropertyMap()) {
+      if (name != "error") rest[name] = value;
+    }
+    record = std::move(rest);
   }
 
   std::string toText(const json::Value& record) {
@@ -276,7 +287,7 @@ class DecodeStream : public Stream {
   }
 
   // Hexadecimal text may look like a JSON number, but never like an object.
-  bool isBare(const json::Value& parsed, bool isJson) const override {
+  bool isBare(const json::Value& parsed, bool isJson) override {
     return !isJson || !parsed.isObject();
   }
 
@@ -352,16 +363,20 @@ class EncodeStream : public Stream {
     record = std::move(wrapped);
   }
 
-  // A record has a value and names its type, or has been decoded; any other JSON is a value itself.
-  bool isBare(const json::Value& parsed, bool isJson) const override {
-    const bool isRecord = parsed.getPropertyMap().find("value") != nullptr &&
-                          (parsed["type"].isString() || parsed["raw"].isString());
-    return isJson && !isRecord;
+  // An object with a "value" is a record, unless it could be a value whose type has a member of
+  // that name: all its properties are members then. Any other JSON is a value itself.
+  bool isBare(const json::Value& parsed, bool isJson) override {
+    if (!isJson || parsed.getPropertyMap().find("value") == nullptr) return isJson;
+    const json::Value::PropertyMap& members = findDefaultLeaves().decoded.getPropertyMap();
+    const json::Value::PropertyMap& given = parsed.getPropertyMap();
+    return std::all_of(given.begin(), given.end(), [&members](const auto& property) {
+      return members.find(property.first) != nullptr;
+    });
   }
 
   std::unique_ptr<CsvRows> makeRows(const VarType*) override {
-    return std::make_unique<CsvRows>(std::vector<ShapeColumn>{{"raw", MemberPath("raw"), false}},
-                                     "", std::vector<std::string>{"raw", "error"});
+    return std::make_unique<CsvRows>(std::vector<ShapeColumn>{{"raw", MemberPath("raw")}}, "",
+                                     std::vector<std::string>{"raw", "error"});
   }
 
   void takeHeader(const std::vector<std::string>& columns) override {
@@ -370,12 +385,18 @@ class EncodeStream : public Stream {
   }
 
  private:
+  const TypeLeaves& findDefaultLeaves() {
+    if (!_defaultLeaves) _defaultLeaves.emplace(getCatalogue(), *_defaultType);
+    return *_defaultLeaves;
+  }
+
   std::string encode(const VarType& type, const json::Value& value) {
     return util::BinaryUtils::toString(getCatalogue().encode(type, value));
   }
 
   const VarType* _defaultType = nullptr;
-  std::unique_ptr<CsvMembers> _members;  // for CSV input
+  std::optional<TypeLeaves> _defaultLeaves;  // of the default type, once they are asked for
+  std::unique_ptr<CsvMembers> _members;      // for CSV input
 };
 
 }  // namespace

@@ -143,6 +143,45 @@ const std::vector<StreamCase> kGoodCases = {
      "\n",
      R"({"type":"SNVT_temp_p","value":1,"raw":"0064"})"
      "\n0200\n"},
+    // SNVT_temp_p has no member "value", SNVT_switch none of the name "time".
+    {"EncodesRecordsThatNameNoType",
+     {"encode", "--stream", "--type", "SNVT_temp_p"},
+     R"({"time":"10:00","value":23.5})"
+     "\n"
+     R"({"value":-5})"
+     "\n",
+     R"({"time":"10:00","value":23.5,"raw":"092E"})"
+     "\n"
+     R"({"value":-5,"raw":"FE0C"})"
+     "\n"},
+    {"TellsRecordsFromValuesWithAMemberOfThatName",
+     {"encode", "--stream", "--type", "SNVT_switch"},
+     R"({"time":"10:00","value":{"value":100,"state":1}})"
+     "\n"
+     R"({"value":100,"state":1})"
+     "\n",
+     R"({"time":"10:00","value":{"value":100,"state":1},"raw":"C801"})"
+     "\nC801\n"},
+    {"DropsAnOldError",
+     {"decode", "--stream"},
+     R"({"error":"old","type":"SNVT_switch","raw":"C801"})"
+     "\n",
+     kSwitchDone + "\n"},
+    {"DropsAnOldErrorOfAValue",
+     {"encode", "--stream"},
+     R"({"type":"SNVT_temp_p","error":"old","value":23.5})"
+     "\n",
+     R"({"type":"SNVT_temp_p","value":23.5,"raw":"092E"})"
+     "\n"},
+    {"SkipsAByteOrderMark",
+     {"decode", "--stream"},
+     "\xEF\xBB\xBF" + kSwitchRecord + "\n" + kSwitchRecord + "\n",
+     kSwitchDone + "\n" + kSwitchDone + "\n"},
+    {"SkipsAByteOrderMarkBeforeBareLines",
+     {"decode", "--stream", "--type", "SNVT_temp_p"},
+     "\xEF\xBB\xBF"
+     "092E\n",
+     "23.5\n"},
     {"EncodesWhatWasDecodedWithADefaultType",
      {"encode", "--stream", "--type", "SNVT_switch"},
      R"({"raw":"","n":1,"value":{"value":1,"state":0}})"
@@ -288,6 +327,10 @@ const std::vector<StreamCase> kFailingStartCases = {
      {"decode", "--stream"},
      "{\"type\":\"SNVT_switch\",\"raw\":\"C801\",\"n\":\"\xFF\"}",
      R"({"error":"not JSON: Invalid encoding in string.)"},
+    {"ByteOrderMarkInALaterLine",
+     {"decode", "--stream"},
+     "\xEF\xBB\xBF" + kSwitchRecord,
+     R"({"error":"not JSON: )"},
     {"NestedTooDeeply",
      {"decode", "--stream"},
      "{\"type\":\"SNVT_switch\",\"raw\":\"C801\",\"n\":" + std::string(200, '[') +
@@ -313,21 +356,21 @@ TEST(Stream, CountsEveryRecordThatFails) {
 
 // Reasons are told apart by what is left of their messages without numbers, quoted texts and paths.
 TEST(Stream, SumsUpTheReasons) {
-  const ToolResult result =
-      runTool({"encode", "--stream", "--type", "SNVT_switch"}, R"({"value":1})"
-                                                               "\n"
-                                                               R"({"value":"a","state":1})"
-                                                               "\n\n"
-                                                               R"({"value":1,"state":"b"})"
-                                                               "\n"
-                                                               R"({"state":1})"
-                                                               "\n"
-                                                               R"({"value":1,"state":1,"c":5})"
-                                                               "\n"
-                                                               R"({"value":1,"state":{}})"
-                                                               "\n"
-                                                               R"({"value":1,"state":1})"
-                                                               "\n[");
+  const ToolResult result = runTool({"encode", "--stream", "--type", "SNVT_switch"},
+                                    R"({"value":1})"
+                                    "\n"
+                                    R"({"value":"a","state":1})"
+                                    "\n\n"
+                                    R"({"value":1,"state":"b"})"
+                                    "\n"
+                                    R"({"state":1})"
+                                    "\n"
+                                    R"({"type":"SNVT_switch","value":{"value":1,"state":1,"c":5}})"
+                                    "\n"
+                                    R"({"value":1,"state":{}})"
+                                    "\n"
+                                    R"({"value":1,"state":1})"
+                                    "\n[");
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(
       result.errors,
@@ -358,6 +401,60 @@ TEST(Stream, ShowsTheTenMostFrequentReasons) {
   errors += "korvat: 2 failed for 2 other reasons\n";
   errors += "korvat: 13 of 13 records failed; each has its \"error\"\n";
   EXPECT_EQ(runTool({"decode", "--stream"}, input).errors, errors);
+}
+
+// What is quoted from the layout or the grammar, and the set, tell reasons apart; what is quoted
+// from the record does not.
+TEST(Stream, TellsReasonsApartByWhatTheRecordDoesNotSay) {
+  const std::string unknown = R"(","raw":"00"})"
+                              "\n";
+  const ToolResult result =
+      runTool({"decode", "--stream"}, R"({"type":"8000010000000000-3/UNVTx)" + unknown +
+                                          R"({"type":"8000010000000000-3/UNVTy)" + unknown +
+                                          R"({"type":"8000010000000000-4/UNVTx)" + unknown +
+                                          R"({"type":"SNVT_switch","raw":"C8"})"
+                                          "\n"
+                                          R"({"type":"SNVT_switch","raw":""})"
+                                          "\n"
+                                          R"({"type":"SNVT_switch" "raw":"C801"})"
+                                          "\n");
+  const auto isThere = [&](const std::string& text) {
+    return result.errors.find("korvat: " + text) != std::string::npos;
+  };
+  EXPECT_TRUE(
+      isThere("2 failed, the first in line 1: unknown type '...': no nv type of that name "
+              "in set 8000010000000000-3 of '"));
+  EXPECT_TRUE(
+      isThere("1 failed, the first in line 3: unknown type '...': no nv type of that name "
+              "in set 8000010000000000-4 of '"));
+  EXPECT_TRUE(
+      isThere("1 failed, the first in line 4: N byte given, but a value of SNVT_switch has "
+              "N: 'state' at byte N is not there\n"));
+  EXPECT_TRUE(
+      isThere("1 failed, the first in line 5: N bytes given, but a value of SNVT_switch "
+              "has N: 'value' at byte N is not there\n"));
+  EXPECT_TRUE(
+      isThere("1 failed, the first in line 6: not JSON: Missing a comma or '}' after an "
+              "object member.\n"))
+      << result.errors;
+}
+
+// 1000 reasons are told apart: ten are shown, 990 are known, and there are more.
+TEST(Stream, CountsNoReasonsBeyondThoseThatItTellsApart) {
+  std::string input;
+  for (int i = 1; i <= 1010; ++i) {
+    char set[17];
+    std::snprintf(set, sizeof set, "80%04d0000000000", i);
+    input += std::string(R"({"type":")") + set +
+             R"(-3/UNVTx","raw":"00"})"
+             "\n";
+  }
+  const ToolResult result = runTool({"decode", "--stream"}, input);
+  const std::string end =
+      "\nkorvat: 1000 failed for more than 990 other reasons\n"
+      "korvat: 1010 of 1010 records failed; each has its \"error\"\n";
+  ASSERT_GT(result.errors.size(), end.size());
+  EXPECT_EQ(result.errors.substr(result.errors.size() - end.size()), end);
 }
 
 // --- Long lines and many lines ---
@@ -539,17 +636,18 @@ struct Pipe {
 
 // Nobody reads the output, and the input stays open: only the write can end the program.
 TEST(Stream, EndsQuietlyWhenItsReaderHasGone) {
-  Pipe input;
-  Pipe output;
-  ASSERT_TRUE(input.isOpen && output.isOpen);
-  output.closeReader();
-  const std::string line = kSwitchRecord + "\n";
-  ASSERT_EQ(write(input.ends[1], line.data(), line.size()), static_cast<ssize_t>(line.size()));
+  for (const std::string& line : {kSwitchRecord + "\n", std::string("no record\n")}) {
+    Pipe input;
+    Pipe output;
+    ASSERT_TRUE(input.isOpen && output.isOpen);
+    output.closeReader();
+    ASSERT_EQ(write(input.ends[1], line.data(), line.size()), static_cast<ssize_t>(line.size()));
 
-  const Ending ending = RunningTool({"decode", "--stream"}, input.ends[0], output.ends[1]).wait();
-  EXPECT_FALSE(ending.isSignal);
-  EXPECT_EQ(ending.status, 0);
-  EXPECT_EQ(ending.errors, "");
+    const Ending ending = RunningTool({"decode", "--stream"}, input.ends[0], output.ends[1]).wait();
+    EXPECT_FALSE(ending.isSignal);
+    EXPECT_EQ(ending.status, 0);
+    EXPECT_EQ(ending.errors, "");
+  }
 }
 
 class UnreadOutput : public testing::TestWithParam<UsageCase> {};
