@@ -12,12 +12,14 @@
 #include <string_view>
 #include <utility>
 
+#include "korvat/base/AsciiText.h"
 #include "korvat/base/BinaryUtils.h"
 #include "korvat/base/StringUtils.h"
 #include "tool/Csv.h"
 #include "tool/CsvMembers.h"
 #include "tool/CsvRows.h"
 #include "tool/FailureSummary.h"
+#include "tool/FlatRecord.h"
 #include "tool/LineReader.h"
 #include "tool/Progress.h"
 #include "tool/ValueShape.h"
@@ -35,8 +37,12 @@ class Output {
  public:
   bool add(const std::string& text) {
     _text += text;
-    return _text.size() < kBlockSize || flush();
+    return flushBlock();
   }
+
+  // What is to be written next, for a caller who appends to it and then calls flushBlock().
+  std::string& getText() { return _text; }
+  bool flushBlock() { return _text.size() < kBlockSize || flush(); }
 
   bool flush() {
     std::size_t written = 0;
@@ -55,11 +61,40 @@ class Output {
   std::string _text;
 };
 
+// For look-ups of names that stand in a line.
+struct TextHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const {
+    return std::hash<std::string_view>()(text);
+  }
+};
+
+// Digits without blanks, as many as the bytes of `raw` need. False for any other text.
+bool readDigits(std::string_view text, base::Buffer& raw) {
+  if (text.size() != 2 * std::size_t{raw.getSize()}) return false;
+  std::uint8_t* bytes = raw.getData();
+  for (std::size_t i = 0; i < text.size(); i += 2) {
+    const int high = util::hexValue(text[i]);
+    const int low = util::hexValue(text[i + 1]);
+    if (high < 0 || low < 0) return false;
+    bytes[i / 2] = static_cast<std::uint8_t>(high << 4 | low);
+  }
+  return true;
+}
+
 // One direction of a stream. A record is converted in place.
+//
+// There are two roads. A line in the form that programs write, whose conversion succeeds, goes from
+// text to text. All others, and options that ask for more, take the general road through documents,
+// which defines the answer: where the short one cannot tell that it gives the same, it gives up.
 class Stream {
  public:
   Stream(Catalogue& catalogue, const StreamOptions& options)
-      : _catalogue(catalogue), _options(options) {}
+      : _catalogue(catalogue), _options(options) {
+    // The library's messages would be seen twice where the short road gives up.
+    const bool isSilent = catalogue.getOptions().logLevel < 0;
+    _hasShortRoad = isSilent && !options.isCsv && !options.isFromCsv;
+  }
   virtual ~Stream() = default;
 
   void run() {
@@ -78,6 +113,9 @@ class Stream {
   virtual void begin(const VarType* defaultType) = 0;
   // Adds the result to a record. Throws Failure.
   virtual void convertRecord(json::Value& record) = 0;
+  // The short road: appends the answer to a line, which is not empty, to `text`. False, with
+  // anything appended, when it is to take the general road.
+  virtual bool convertText(std::string_view line, std::string& text) = 0;
   // A line that is no record: its result as text. Throws Failure, with what is known of it in
   // `record`.
   virtual std::string convertBare(std::string_view line, json::Value& record) = 0;
@@ -105,6 +143,32 @@ class Stream {
     const VarType& type = _catalogue.findVarType(name);
     _types.emplace(name, &type);
     return type;
+  }
+
+  // A type for the short road.
+  struct KnownType {
+    const TypeId* id;
+    unsigned size;  // bytes
+  };
+
+  // A type that the general road has found before; null for any other one.
+  const KnownType* findKnownType(std::string_view name) {
+    const auto known = _knownTypes.find(name);
+    if (known != _knownTypes.end()) return &known->second;
+    const auto found = _types.find(std::string(name));
+    if (found == _types.end()) return nullptr;
+    try {
+      const KnownType type{&found->second->getTypeId(), _catalogue.getSize(*found->second)};
+      return &_knownTypes.emplace(name, type).first->second;
+    } catch (const Failure&) {
+      return nullptr;  // the general road fails too, with the record
+    }
+  }
+
+  // The same for the type of a record.
+  const KnownType* findKnownType(const FlatRecord& record) {
+    if (record.hasType()) return findKnownType(record.getType());
+    return _options.type.empty() || record.has("type") ? nullptr : findKnownType(_options.type);
   }
 
   Catalogue& getCatalogue() { return _catalogue; }
@@ -143,7 +207,20 @@ class Stream {
   bool takeJsonLine(std::string_view line, Output& output) {
     if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
     if (line.find_first_not_of(" \t") == std::string_view::npos) return true;
-    return output.add(convertLine(line));
+    if (!convertShortly(line, output.getText())) return output.add(convertLine(line));
+    return output.flushBlock();
+  }
+
+  // By the short road, if the line can take it.
+  bool convertShortly(std::string_view line, std::string& text) {
+    const std::size_t size = text.size();
+    if (!_hasShortRoad || line.size() > LineReader::kLongestLine) return false;
+    if (!convertText(line, text)) {
+      text.resize(size);
+      return false;
+    }
+    ++_count;
+    return true;
   }
 
   std::string convertLine(std::string_view line) {
@@ -237,7 +314,9 @@ class Stream {
 
   Catalogue& _catalogue;
   StreamOptions _options;
+  bool _hasShortRoad;
   std::unordered_map<std::string, const VarType*> _types;
+  std::unordered_map<std::string, KnownType, TextHash, std::equal_to<>> _knownTypes;
   CsvReader _csv;
   std::vector<std::string> _columns;  // of CSV input; empty before its header
   std::unique_ptr<CsvRows> _rows;     // null when the output is JSON
@@ -267,6 +346,21 @@ class DecodeStream : public Stream {
     json::Value value = decode(type, std::as_const(record)[property].asString(), rawNumbers);
     record["value"] = std::move(value);
     if (!rawNumbers.isNull()) record["rawNumbers"] = std::move(rawNumbers);
+  }
+
+  bool convertText(std::string_view line, std::string& text) override {
+    if (!_shape.isPlain()) return false;
+    if (_defaultType != nullptr && util::hexValue(line.front()) >= 0) {
+      if (!decodeText(findKnownType(getOptions().type), line, text)) return false;
+      text += '\n';
+      return true;
+    }
+    if (!_record.read(line, false, text) || !_record.hasRaw()) return false;
+    if (_record.has("value") || _record.has("error")) return false;
+    text += ",\"value\":";
+    if (!decodeText(findKnownType(_record), _record.getRaw(), text)) return false;
+    text += "}\n";
+    return true;
   }
 
   std::string convertBare(std::string_view line, json::Value& record) override {
@@ -317,6 +411,15 @@ class DecodeStream : public Stream {
     return value;
   }
 
+  bool decodeText(const KnownType* type, std::string_view hex, std::string& text) {
+    if (type == nullptr) return false;
+    _raw.setSize(type->size);
+    if (!readDigits(hex, _raw)) return false;
+    if (!getCatalogue().getManager().rawToJsonText(*type->id, _raw, _value)) return false;
+    text += _value;
+    return true;
+  }
+
   // The columns are fixed: those of the default type, or the members that were chosen.
   void checkColumns(const VarType& type) {
     if (_defaultType == nullptr) return _shape.prepare(type);
@@ -327,11 +430,20 @@ class DecodeStream : public Stream {
 
   ValueShape _shape;
   const VarType* _defaultType = nullptr;
+  // Of the short road, used again for each line.
+  FlatRecord _record;
+  base::Buffer _raw;
+  std::string _value;
 };
 
 class EncodeStream : public Stream {
  public:
-  using Stream::Stream;
+  EncodeStream(Catalogue& catalogue, const StreamOptions& options) : Stream(catalogue, options) {
+    const Options& all = catalogue.getOptions();
+    // With these the library goes a long way itself.
+    _isTextFast = all.order == base::Endianess::Big && !all.useDynamicArrays && !all.useUnionHex &&
+                  !all.refuseCutting;
+  }
 
  protected:
   void begin(const VarType* defaultType) override { _defaultType = defaultType; }
@@ -350,6 +462,34 @@ class EncodeStream : public Stream {
     const json::Value* value = record.getPropertyMap().find("value");
     if (value == nullptr) throw Failure(kProblem, "\"value\" is missing");
     record["raw"] = encode(type, *value);
+  }
+
+  bool convertText(std::string_view line, std::string& text) override {
+    if (!_isTextFast) return false;
+    if (_defaultType != nullptr) {
+      if (line.front() != '{' || startsLikeDefault(line)) {
+        if (!encodeText(findKnownType(getOptions().type), line)) return false;
+        appendRaw(text);
+        text += '\n';
+        return true;
+      }
+      // Then it takes more to tell a record from a value.
+      if (findDefaultLeaves().decoded.getPropertyMap().find("value") != nullptr) return false;
+    }
+    if (!_record.read(line, true, text) || _record.has("error")) return false;
+    if (_record.has("raw") && !_record.hasRaw()) return false;
+    if (!encodeText(findKnownType(_record), _record.getValue())) return false;
+    if (_record.hasRaw()) {
+      std::string raw;
+      appendRaw(raw);
+      text.replace(_record.getRawPosition(), _record.getRaw().size(), raw);
+    } else {
+      text += ",\"raw\":\"";
+      appendRaw(text);
+      text += '"';
+    }
+    text += "}\n";
+    return true;
   }
 
   std::string convertBare(std::string_view line, json::Value& record) override {
@@ -385,6 +525,34 @@ class EncodeStream : public Stream {
   }
 
  private:
+  // Into _raw. A text that reads back the same has lost nothing: what the general road refuses,
+  // such as a number beyond its limits, reads back as another text.
+  bool encodeText(const KnownType* type, std::string_view value) {
+    if (type == nullptr || value.empty()) return false;
+    TypeManager& manager = getCatalogue().getManager();
+    _raw.clear();
+    return manager.jsonTextToRaw(*type->id, value, _raw, base::Endianess::Big, false) &&
+           manager.rawToJsonText(*type->id, _raw, _value) && _value == value;
+  }
+
+  void appendRaw(std::string& text) const {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    for (unsigned i = 0; i < _raw.getSize(); ++i) {
+      const std::uint8_t byte = _raw.getData()[i];
+      text += kDigits[byte >> 4];
+      text += kDigits[byte & 0xF];
+    }
+  }
+
+  // Whether an object begins with the first member of the default type.
+  bool startsLikeDefault(std::string_view line) {
+    const json::Value::PropertyMap& members = findDefaultLeaves().decoded.getPropertyMap();
+    if (members.empty()) return false;
+    const std::string& name = members.begin()->first;
+    return line.substr(1, 1) == "\"" && line.substr(2, name.size()) == name &&
+           line.substr(2 + name.size(), 1) == "\"";
+  }
+
   const TypeLeaves& findDefaultLeaves() {
     if (!_defaultLeaves) _defaultLeaves.emplace(getCatalogue(), *_defaultType);
     return *_defaultLeaves;
@@ -397,6 +565,11 @@ class EncodeStream : public Stream {
   const VarType* _defaultType = nullptr;
   std::optional<TypeLeaves> _defaultLeaves;  // of the default type, once they are asked for
   std::unique_ptr<CsvMembers> _members;      // for CSV input
+  // Of the short road, used again for each line.
+  bool _isTextFast;
+  FlatRecord _record;
+  base::Buffer _raw;
+  std::string _value;
 };
 
 }  // namespace

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace zavri::korvat::tool {
+
+// A record of the common form, read without a document: an object of texts, integers, true, false
+// and null, in ASCII and without escapes, each property once. What is read refers to the line.
+class FlatRecord {
+ public:
+  // Appends the record to `text` as json::Value::stringify() prints it, without the closing brace.
+  // False, with anything appended, for a line of another form: it is no failure yet. With
+  // `takesValue` the property "value" may be anything, and is taken as it stands: whether it is
+  // JSON is not checked.
+  [[nodiscard]] bool read(std::string_view line, bool takesValue, std::string& text);
+
+  // Empty when there is none, or no text.
+  std::string_view getType() const { return _type; }
+  bool hasType() const { return _hasType; }
+  std::string_view getRaw() const { return _raw; }
+  bool hasRaw() const { return _hasRaw; }
+  // The place of the raw value's text, within its quotes, in what read() has appended to.
+  std::size_t getRawPosition() const { return _rawPosition; }
+  // The JSON text of "value"; empty when there is none.
+  std::string_view getValue() const { return _value; }
+  // Whether there is a property of the name, "value" apart.
+  bool has(std::string_view name) const;
+
+ private:
+  static constexpr std::size_t kMostProperties = 16;
+
+  bool readProperty(std::string_view line, bool takesValue, std::string& text);
+  void skipBlanks(std::string_view line);
+  bool take(std::string_view line, char c);
+  bool takeText(std::string_view line, std::string_view& text);
+  bool takeWord(std::string_view line, std::string_view& word);
+  bool takeNested(std::string_view line, std::string_view& value);
+
+  std::array<std::string_view, kMostProperties> _names;
+  std::size_t _count = 0;
+  std::size_t _position = 0;
+  std::string_view _type;
+  std::string_view _raw;
+  std::string_view _value;
+  std::size_t _rawPosition = 0;
+  bool _hasType = false;
+  bool _hasRaw = false;
+};
+
+}  // namespace zavri::korvat::tool
