@@ -43,41 +43,46 @@ bool FlatRecord::has(std::string_view name) const {
          _names.begin() + static_cast<std::ptrdiff_t>(_count);
 }
 
-void FlatRecord::skipBlanks(std::string_view line) {
-  while (_position < line.size() && isBlank(line[_position])) ++_position;
+void FlatRecord::skipBlanks(std::string& text) {
+  if (_position == _line.size() || !isBlank(_line[_position])) return;
+  text += _line.substr(_copied, _position - _copied);
+  while (_position < _line.size() && isBlank(_line[_position])) ++_position;
+  _copied = _position;
 }
 
-bool FlatRecord::take(std::string_view line, char c) {
-  if (_position == line.size() || line[_position] != c) return false;
+bool FlatRecord::take(char c) {
+  if (_position == _line.size() || _line[_position] != c) return false;
   ++_position;
   return true;
 }
 
-bool FlatRecord::takeText(std::string_view line, std::string_view& text) {
-  if (!take(line, '"')) return false;
-  const std::size_t begin = _position;
-  while (_position < line.size() && isPlain(line[_position])) ++_position;
-  text = line.substr(begin, _position - begin);
-  return take(line, '"');
+bool FlatRecord::takeText(std::string_view& text) {
+  if (!take('"')) return false;
+  const char* const begin = _line.data() + _position;
+  const char* const lineEnd = _line.data() + _line.size();
+  const char* end = begin;
+  while (end != lineEnd && isPlain(*end)) ++end;
+  text = {begin, static_cast<std::size_t>(end - begin)};
+  _position += text.size();
+  return take('"');
 }
 
-bool FlatRecord::takeWord(std::string_view line, std::string_view& word) {
+bool FlatRecord::takeWord() {
   const std::size_t begin = _position;
   const auto isPart = [](char c) { return isDigit(c) || c == '-' || (c >= 'a' && c <= 'z'); };
-  while (_position < line.size() && isPart(line[_position])) ++_position;
-  word = line.substr(begin, _position - begin);
-  return isKept(word);
+  while (_position < _line.size() && isPart(_line[_position])) ++_position;
+  return isKept(_line.substr(begin, _position - begin));
 }
 
 // Goes on to the comma or the brace that ends the value, which may hold objects and arrays.
-bool FlatRecord::takeNested(std::string_view line, std::string_view& value) {
+bool FlatRecord::takeNested() {
   const std::size_t begin = _position;
   std::size_t depth = 0;
-  while (_position < line.size()) {
-    const char c = line[_position];
+  while (_position < _line.size()) {
+    const char c = _line[_position];
     if (c == '"') {
       std::string_view text;
-      if (!takeText(line, text)) return false;
+      if (!takeText(text)) return false;
       continue;
     }
     if (!isPlain(c)) return false;
@@ -89,62 +94,49 @@ bool FlatRecord::takeNested(std::string_view line, std::string_view& value) {
     }
     ++_position;
   }
-  value = line.substr(begin, _position - begin);
-  return !value.empty();
+  _value = _line.substr(begin, _position - begin);
+  return !_value.empty();
 }
 
 bool FlatRecord::read(std::string_view line, bool takesValue, std::string& text) {
-  _count = _position = 0;
+  _line = line;
+  _count = _position = _copied = 0;
   _type = _raw = _value = {};
   _hasType = _hasRaw = false;
-  skipBlanks(line);
-  if (!take(line, '{')) return false;
-  text += '{';
-  while (true) {
-    if (!readProperty(line, takesValue, text)) return false;
-    skipBlanks(line);
-    if (take(line, '}')) break;
-    if (!take(line, ',')) return false;
-    text += ',';
-  }
-  skipBlanks(line);
-  return _position == line.size();
+  skipBlanks(text);
+  if (!take('{')) return false;
+  do {
+    skipBlanks(text);
+    std::string_view name;
+    if (!takeText(name) || has(name) || _count == kMostProperties) return false;
+    _names[_count++] = name;
+    skipBlanks(text);
+    if (!take(':')) return false;
+    skipBlanks(text);
+    if (!readProperty(takesValue, text)) return false;
+    skipBlanks(text);
+  } while (take(','));
+  text += _line.substr(_copied, _position - _copied);
+  if (!take('}')) return false;
+  return std::all_of(_line.begin() + static_cast<std::ptrdiff_t>(_position), _line.end(), isBlank);
 }
 
-bool FlatRecord::readProperty(std::string_view line, bool takesValue, std::string& text) {
-  std::string_view name;
-  skipBlanks(line);
-  if (!takeText(line, name) || has(name) || _count == kMostProperties) return false;
-  _names[_count++] = name;
-  skipBlanks(line);
-  if (!take(line, ':')) return false;
-  skipBlanks(line);
-  text += '"';
-  text += name;
-  text += "\":";
-  if (takesValue && name == "value") {
-    if (!takeNested(line, _value)) return false;
-    text += _value;
-    return true;
-  }
+bool FlatRecord::readProperty(bool takesValue, const std::string& text) {
+  const std::string_view name = _names[_count - 1];
+  if (takesValue && name == "value") return takeNested();
+  if (_position == _line.size()) return false;
+  if (_line[_position] != '"') return takeWord();
+  const std::size_t position = text.size() + _position + 1 - _copied;
   std::string_view value;
-  if (_position < line.size() && line[_position] != '"') {
-    if (!takeWord(line, value)) return false;
-    text += value;
-    return true;
-  }
-  if (!takeText(line, value)) return false;
-  text += '"';
+  if (!takeText(value)) return false;
   if (name == "type") {
     _hasType = true;
     _type = value;
   } else if (name == "raw") {
     _hasRaw = true;
     _raw = value;
-    _rawPosition = text.size();
+    _rawPosition = position;
   }
-  text += value;
-  text += '"';
   return true;
 }
 

@@ -32,16 +32,18 @@ class FlatRecord {
  private:
   static constexpr std::size_t kMostProperties = 16;
 
-  bool readProperty(std::string_view line, bool takesValue, std::string& text);
-  void skipBlanks(std::string_view line);
-  bool take(std::string_view line, char c);
-  bool takeText(std::string_view line, std::string_view& text);
-  bool takeWord(std::string_view line, std::string_view& word);
-  bool takeNested(std::string_view line, std::string_view& value);
+  bool readProperty(bool takesValue, const std::string& text);
+  void skipBlanks(std::string& text);
+  bool take(char c);
+  bool takeText(std::string_view& text);
+  bool takeWord();
+  bool takeNested();
 
+  std::string_view _line;
   std::array<std::string_view, kMostProperties> _names;
   std::size_t _count = 0;
   std::size_t _position = 0;
+  std::size_t _copied = 0;  // what stands before this in the line is in the text, or is blank
   std::string_view _type;
   std::string_view _raw;
   std::string_view _value;
