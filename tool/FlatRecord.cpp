@@ -33,7 +33,7 @@ bool isKept(std::string_view word) {
   if (!word.empty() && word.front() == '-') word.remove_prefix(1);
   constexpr std::size_t kMostDigits = 18;  // that any integer of 64 bits has room for
   return !word.empty() && word.size() <= kMostDigits && word.front() != '0' &&
-         std::all_of(word.begin(), word.end(), isDigit);
+         std::all_of(word.begin(), word.end(), [](char c) { return isDigit(c); });
 }
 
 }  // namespace
@@ -43,8 +43,11 @@ bool FlatRecord::has(std::string_view name) const {
          _names.begin() + static_cast<std::ptrdiff_t>(_count);
 }
 
-void FlatRecord::skipBlanks(std::string& text) {
-  if (_position == _line.size() || !isBlank(_line[_position])) return;
+inline void FlatRecord::skipBlanks(std::string& text) {
+  if (_position != _line.size() && isBlank(_line[_position])) dropBlanks(text);
+}
+
+void FlatRecord::dropBlanks(std::string& text) {
   text += _line.substr(_copied, _position - _copied);
   while (_position < _line.size() && isBlank(_line[_position])) ++_position;
   _copied = _position;

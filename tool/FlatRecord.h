@@ -34,6 +34,7 @@ class FlatRecord {
 
   bool readProperty(bool takesValue, const std::string& text);
   void skipBlanks(std::string& text);
+  void dropBlanks(std::string& text);
   bool take(char c);
   bool takeText(std::string_view& text);
   bool takeWord();

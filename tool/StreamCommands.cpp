@@ -114,7 +114,7 @@ class Stream {
   // Adds the result to a record. Throws Failure.
   virtual void convertRecord(json::Value& record) = 0;
   // The short road: appends the answer to a line, which is not empty, to `text`. False, with
-  // anything appended, when it is to take the general road.
+  // anything appended, when it is to take the general road; so when it throws Failure.
   virtual bool convertText(std::string_view line, std::string& text) = 0;
   // A line that is no record: its result as text. Throws Failure, with what is known of it in
   // `record`.
@@ -151,18 +151,14 @@ class Stream {
     unsigned size;  // bytes
   };
 
-  // A type that the general road has found before; null for any other one.
+  // A type that the general road has found before; null for any other one. Throws Failure.
   const KnownType* findKnownType(std::string_view name) {
     const auto known = _knownTypes.find(name);
     if (known != _knownTypes.end()) return &known->second;
     const auto found = _types.find(std::string(name));
     if (found == _types.end()) return nullptr;
-    try {
-      const KnownType type{&found->second->getTypeId(), _catalogue.getSize(*found->second)};
-      return &_knownTypes.emplace(name, type).first->second;
-    } catch (const Failure&) {
-      return nullptr;  // the general road fails too, with the record
-    }
+    const KnownType type{&found->second->getTypeId(), _catalogue.getSize(*found->second)};
+    return &_knownTypes.emplace(name, type).first->second;
   }
 
   // The same for the type of a record.
@@ -215,12 +211,18 @@ class Stream {
   bool convertShortly(std::string_view line, std::string& text) {
     const std::size_t size = text.size();
     if (!_hasShortRoad || line.size() > LineReader::kLongestLine) return false;
-    if (!convertText(line, text)) {
-      text.resize(size);
-      return false;
+    bool isConverted = false;
+    try {
+      isConverted = convertText(line, text);
+    } catch (const Failure&) {
+      isConverted = false;  // the general road fails too, and tells
     }
-    ++_count;
-    return true;
+    if (isConverted) {
+      ++_count;
+    } else {
+      text.resize(size);
+    }
+    return isConverted;
   }
 
   std::string convertLine(std::string_view line) {
