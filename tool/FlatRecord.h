@@ -26,7 +26,7 @@ class FlatRecord {
   std::size_t getRawPosition() const { return _rawPosition; }
   // The JSON text of "value"; empty when there is none.
   std::string_view getValue() const { return _value; }
-  // Whether there is a property of the name, "value" apart.
+  // Whether there is a property of the name, whatever it holds.
   bool has(std::string_view name) const;
 
  private:
