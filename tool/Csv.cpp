@@ -12,8 +12,6 @@ CsvReader::State CsvReader::fail(const std::string& error) {
 
 CsvReader::State CsvReader::addLine(std::string_view line) {
   ++_lineCount;
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  if (_lineCount == 1 && line.substr(0, 3) == kByteOrderMark) line.remove_prefix(3);
   if (!_isQuoteOpen) {
     if (line.find_first_not_of(" \t\r") == std::string_view::npos) return State::More;
     _fields.assign(1, "");

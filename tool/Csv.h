@@ -10,8 +10,7 @@
 namespace zavri::korvat::tool {
 
 // Puts rows of comma separated values (RFC 4180) together from lines: a quoted field may hold line
-// ends. Lines may end in CR LF; blank lines between the rows are passed over, and so is a byte
-// order mark in front of the first one.
+// ends. Lines may end in CR LF; blank lines between the rows are passed over.
 class CsvReader {
  public:
   enum class State {

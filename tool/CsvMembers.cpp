@@ -1,6 +1,5 @@
 #include "tool/CsvMembers.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "korvat/members/Member.h"
@@ -26,23 +25,37 @@ bool isCharText(const Leaf& leaf) {
 
 }  // namespace
 
-const std::vector<CsvMembers::MemberColumn>& CsvMembers::findMembers(const VarType& type) {
+bool isRecordName(std::string_view name) {
+  return name == "type" || name == "raw" || name == "error";
+}
+
+std::string CsvMembers::findColumn(const std::string& name,
+                                   const std::unordered_set<std::string>& leafNames) const {
+  // Where both are there, the one without the prefix was a column before the value was decoded.
+  const std::string prefixed = kMemberPrefix + name;
+  if (_columns.count(prefixed) != 0 && leafNames.count(prefixed) == 0) return prefixed;
+  return isRecordName(name) || _columns.count(name) == 0 ? "" : name;
+}
+
+const CsvMembers::Members& CsvMembers::findMembers(const VarType& type) {
   const auto found = _members.find(&type);
   if (found != _members.end()) return found->second;
 
   const TypeLeaves typeLeaves(_catalogue, type);
-  std::vector<MemberColumn> members;
+  std::unordered_set<std::string> leafNames;
+  for (const Leaf& leaf : typeLeaves.leaves) leafNames.insert(leafName(leaf.path));
+  Members members;
   std::string names;
   for (const Leaf& leaf : typeLeaves.leaves) {
     const std::string name = leafName(leaf.path);
-    if (members.empty() && names.size() < 200) names += (names.empty() ? "" : ", ") + name;
-    const bool isRecordProperty = name == "type" || name == "raw" || name == "error";
-    if (isRecordProperty || std::find(_columns.begin(), _columns.end(), name) == _columns.end()) {
-      continue;
-    }
-    members.push_back({name, MemberPath(leaf.path), leaf.shown->isString(), isCharText(leaf)});
+    if (members.columns.empty() && names.size() < 200) names += (names.empty() ? "" : ", ") + name;
+    const std::string column = findColumn(name, leafNames);
+    if (column.empty()) continue;
+    members.columns.push_back(
+        {column, MemberPath(leaf.path), leaf.shown->isString(), isCharText(leaf)});
+    members.names.insert(column);
   }
-  if (members.empty()) {
+  if (members.columns.empty()) {
     throw Failure(kProblem, "no column is named like a member of " + displayName(type) +
                                 "; its members are: " + names);
   }
@@ -50,19 +63,16 @@ const std::vector<CsvMembers::MemberColumn>& CsvMembers::findMembers(const VarTy
 }
 
 void CsvMembers::gather(const VarType& type, json::Value& record) {
-  const std::vector<MemberColumn>& members = findMembers(type);
+  const Members& members = findMembers(type);
   json::Value value;
-  for (const MemberColumn& member : members) {
+  for (const MemberColumn& member : members.columns) {
     const std::string text = std::as_const(record)[member.column].asString();
     if (text.empty() && !member.isEmptyText) continue;
     member.path.make(value) = readCell(text, member.isText);
   }
   json::Value gathered;
   for (const auto& [name, field] : record.getPropertyMap()) {
-    const bool isMember =
-        std::any_of(members.begin(), members.end(),
-                    [&name = name](const auto& member) { return member.column == name; });
-    if (!isMember) gathered[name] = field;
+    if (members.names.count(name) == 0) gathered[name] = field;
   }
   gathered["value"] = std::move(value);
   record = std::move(gathered);

@@ -1,9 +1,11 @@
 #include "tool/CsvRows.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 #include "tool/Csv.h"
+#include "tool/CsvMembers.h"
 
 namespace zavri::korvat::tool {
 
@@ -14,6 +16,15 @@ constexpr std::size_t kMostWaiting = 1000;
 
 bool isIn(const std::vector<std::string>& names, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// An enumeration as EnumForm::Both shows it.
+bool isNameAndNumber(const json::Value& value) {
+  const json::Value::PropertyMap& properties = value.getPropertyMap();
+  const json::Value* name = properties.find("name");
+  const json::Value* number = properties.find("number");
+  return properties.size() == 2 && name != nullptr && (name->isNull() || name->isString()) &&
+         number != nullptr && number->isInteger();
 }
 
 }  // namespace
@@ -55,13 +66,16 @@ std::string CsvRows::finish() {
 }
 
 void CsvRows::addHeader(std::string& text) const {
+  const std::unordered_set<std::string> taken(_input.begin(), _input.end());
   bool isFirst = true;
   for (const std::string& name : _input) {
     addCsvField(text, isFirst, name);
     isFirst = false;
   }
   for (const ShapeColumn& column : _columns) {
-    addCsvField(text, isFirst, (isIn(_input, column.name) ? "value." : "") + column.name);
+    const bool isMember = !_resultName.empty();
+    const bool isTold = taken.count(column.name) == 0 && !(isMember && isRecordName(column.name));
+    addCsvField(text, isFirst, (isTold ? "" : kMemberPrefix) + column.name);
     isFirst = false;
   }
   addCsvField(text, isFirst, "error");
@@ -69,11 +83,16 @@ void CsvRows::addHeader(std::string& text) const {
 }
 
 const json::Value* CsvRows::findCell(const json::Value& record, const ShapeColumn& column) const {
-  if (column.isRawNumber) {
+  if (column.cell == ShapeColumn::Cell::RawNumber) {
     const std::string leaf = column.name.substr(0, column.name.size() - 4);  // without ".raw"
     return record["rawNumbers"].getPropertyMap().find(leaf);
   }
-  return column.path.find(_resultName.empty() ? record : record[_resultName]);
+  const json::Value& result = _resultName.empty() ? record : record[_resultName];
+  const json::Value* member = column.path.find(result);
+  if (member == nullptr || column.cell == ShapeColumn::Cell::Member) return member;
+  const bool isEnum = isNameAndNumber(*member);
+  if (column.cell == ShapeColumn::Cell::EnumNumber) return isEnum ? &(*member)["number"] : nullptr;
+  return isEnum ? &(*member)["name"] : member;
 }
 
 void CsvRows::addRow(const json::Value& record, std::string& text) const {

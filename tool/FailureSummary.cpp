@@ -14,7 +14,6 @@ namespace {
 
 // Reasons that are told apart. Words of a record may get into the messages.
 constexpr std::size_t kMostReasons = 1000;
-const char* const kOtherReasons = "other reasons";
 // What a message gives in JSON behind these words goes on to its end.
 constexpr std::string_view kLeads[] = {"found: ", "not a number: "};
 
@@ -49,6 +48,32 @@ std::size_t skipQuoted(const std::string& text, std::size_t begin) {
   return end == std::string::npos || end <= begin ? begin : end + 1;
 }
 
+// Whether a text of the record, or the name of a property, holds `text`.
+bool stands(const std::string& text, const json::Value& record) {
+  if (record.isString()) return record.getText().find(text) != std::string_view::npos;
+  for (const auto& [name, value] : record.getPropertyMap()) {
+    if (name.find(text) != std::string::npos || stands(text, value)) return true;
+  }
+  if (!record.isArray()) return false;
+  for (unsigned i = 0; i < record.getSize(); ++i) {
+    if (stands(text, record[i])) return true;
+  }
+  return false;
+}
+
+// The position behind the prefix of a set, such as 9000010000000000-3, that stands at `begin`;
+// `begin` when there is none.
+std::size_t skipPrefix(const std::string& text, std::size_t begin) {
+  constexpr std::size_t kDigits = 16;
+  if (begin + kDigits + 2 > text.size() || text[begin + kDigits] != '-') return begin;
+  for (std::size_t i = begin; i < begin + kDigits; ++i) {
+    if (std::isxdigit(static_cast<unsigned char>(text[i])) == 0) return begin;
+  }
+  return std::isdigit(static_cast<unsigned char>(text[begin + kDigits + 1])) == 0
+             ? begin
+             : begin + kDigits + 2;
+}
+
 std::size_t skipNumber(const std::string& text, std::size_t begin) {
   std::size_t end = begin;
   while (end < text.size() && (std::isdigit(static_cast<unsigned char>(text[end])) != 0 ||
@@ -61,7 +86,7 @@ std::size_t skipNumber(const std::string& text, std::size_t begin) {
 
 }  // namespace
 
-std::string toReason(const std::string& message) {
+std::string toReason(const std::string& message, const json::Value& record) {
   const std::string text = dropCount(dropPath(message));
   std::string reason;
   std::size_t i = 0;
@@ -79,10 +104,16 @@ std::string toReason(const std::string& message) {
     if (c == '\'' || c == '"') {
       const std::size_t end = skipQuoted(text, i);
       if (end > i) {
-        reason += std::string(1, c) + "..." + c;
+        const bool isGiven = end > i + 2 && stands(text.substr(i + 1, end - i - 2), record);
+        reason += isGiven ? std::string(1, c) + "..." + c : text.substr(i, end - i);
         i = end;
         continue;
       }
+    } else if (const std::size_t end = skipPrefix(text, i);
+               end > i && (i == 0 || !isWordPart(text[i - 1]))) {
+      reason += text.substr(i, end - i);
+      i = end;
+      continue;
     } else if (isDigit && (i == 0 || !isWordPart(text[i - 1]))) {
       reason += 'N';
       i = skipNumber(text, i);
@@ -104,13 +135,17 @@ json::Value numberOf(std::uint64_t number) {
 
 }  // namespace
 
-void FailureSummary::add(const std::string& message, std::uint64_t line) {
+void FailureSummary::add(const std::string& message, std::uint64_t line,
+                         const json::Value& record) {
   ++_count;
-  const std::string reason = toReason(message);
+  const std::string reason = toReason(message, record);
   auto found = _groups.find(reason);
   if (found == _groups.end()) {
-    const bool isKept = _groups.size() < kMostReasons;
-    found = _groups.emplace(isKept ? reason : kOtherReasons, Group{0, line}).first;
+    if (_groups.size() == kMostReasons) {
+      _isFull = true;
+      return;
+    }
+    found = _groups.emplace(reason, Group{0, line}).first;
   }
   ++found->second.count;
 }
@@ -136,7 +171,8 @@ void FailureSummary::print(bool asJson) const {
     rest -= group.count;
   }
   if (rest > 0) {
-    const std::string reasons = std::to_string(rows.size() - shown) + " other reasons";
+    const std::string reasons =
+        (_isFull ? "more than " : "") + std::to_string(rows.size() - shown) + " other reasons";
     report(Failure(kProblem, asJson ? reasons : std::to_string(rest) + " failed for " + reasons)
                .with("count", numberOf(rest)),
            asJson);

@@ -7,16 +7,19 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <utility>
 
+#include "korvat/base/AsciiText.h"
 #include "korvat/base/BinaryUtils.h"
 #include "korvat/base/StringUtils.h"
 #include "tool/Csv.h"
 #include "tool/CsvMembers.h"
 #include "tool/CsvRows.h"
 #include "tool/FailureSummary.h"
+#include "tool/FlatRecord.h"
 #include "tool/LineReader.h"
 #include "tool/Progress.h"
 #include "tool/ValueShape.h"
@@ -26,14 +29,20 @@ namespace zavri::korvat::tool {
 namespace {
 
 constexpr std::size_t kBlockSize = std::size_t{256} * 1024;  // bytes written at once
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::uint64_t kLinesBetweenLooks = 256;  // at the clock, for the progress
 
 // Collects output and writes it in large pieces. False once the reader has gone away.
 class Output {
  public:
   bool add(const std::string& text) {
     _text += text;
-    return _text.size() < kBlockSize || flush();
+    return flushBlock();
   }
+
+  // What is to be written next, for a caller who appends to it and then calls flushBlock().
+  std::string& getText() { return _text; }
+  bool flushBlock() { return _text.size() < kBlockSize || flush(); }
 
   bool flush() {
     std::size_t written = 0;
@@ -52,11 +61,40 @@ class Output {
   std::string _text;
 };
 
+// For look-ups of names that stand in a line.
+struct TextHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const {
+    return std::hash<std::string_view>()(text);
+  }
+};
+
+// Digits without blanks, as many as the bytes of `raw` need. False for any other text.
+bool readDigits(std::string_view text, base::Buffer& raw) {
+  if (text.size() != 2 * std::size_t{raw.getSize()}) return false;
+  std::uint8_t* bytes = raw.getData();
+  for (std::size_t i = 0; i < text.size(); i += 2) {
+    const int high = util::hexValue(text[i]);
+    const int low = util::hexValue(text[i + 1]);
+    if (high < 0 || low < 0) return false;
+    bytes[i / 2] = static_cast<std::uint8_t>(high << 4 | low);
+  }
+  return true;
+}
+
 // One direction of a stream. A record is converted in place.
+//
+// There are two roads. A line in the form that programs write, whose conversion succeeds, goes from
+// text to text. All others, and options that ask for more, take the general road through documents,
+// which defines the answer: where the short one cannot tell that it gives the same, it gives up.
 class Stream {
  public:
   Stream(Catalogue& catalogue, const StreamOptions& options)
-      : _catalogue(catalogue), _options(options) {}
+      : _catalogue(catalogue), _options(options) {
+    // The library's messages would be seen twice where the short road gives up.
+    const bool isSilent = catalogue.getOptions().logLevel < 0;
+    _hasShortRoad = isSilent && !options.isCsv && !options.isFromCsv;
+  }
   virtual ~Stream() = default;
 
   void run() {
@@ -64,8 +102,7 @@ class Stream {
     const VarType* defaultType = _options.type.empty() ? nullptr : &findType(_options.type);
     begin(defaultType);
     if (_options.isCsv) _rows = makeRows(defaultType);
-    convertInput();
-    if (_failures.getCount() == 0) return;
+    if (!convertInput() || _failures.getCount() == 0) return;
     _failures.print(_catalogue.getOptions().errorForm == "json");
     throw Failure(kProblem, std::to_string(_failures.getCount()) + " of " + std::to_string(_count) +
                                 " records failed; each has its \"error\"");
@@ -76,12 +113,15 @@ class Stream {
   virtual void begin(const VarType* defaultType) = 0;
   // Adds the result to a record. Throws Failure.
   virtual void convertRecord(json::Value& record) = 0;
+  // The short road: appends the answer to a line, which is not empty, to `text`. False, with
+  // anything appended, when it is to take the general road; so when it throws Failure.
+  virtual bool convertText(std::string_view line, std::string& text) = 0;
   // A line that is no record: its result as text. Throws Failure, with what is known of it in
   // `record`.
   virtual std::string convertBare(std::string_view line, json::Value& record) = 0;
   // Makes a record of such a line.
   virtual void wrapBare(std::string_view line, json::Value& record) = 0;
-  virtual bool isBare(const json::Value& parsed, bool isJson) const = 0;
+  virtual bool isBare(const json::Value& parsed, bool isJson) = 0;
   virtual std::unique_ptr<CsvRows> makeRows(const VarType* defaultType) = 0;
   // The columns of CSV input. Throws Failure when they cannot be converted.
   virtual void takeHeader(const std::vector<std::string>& columns) = 0;
@@ -105,16 +145,40 @@ class Stream {
     return type;
   }
 
+  // A type for the short road.
+  struct KnownType {
+    const TypeId* id;
+    unsigned size;  // bytes
+  };
+
+  // A type that the general road has found before; null for any other one. Throws Failure.
+  const KnownType* findKnownType(std::string_view name) {
+    const auto known = _knownTypes.find(name);
+    if (known != _knownTypes.end()) return &known->second;
+    const auto found = _types.find(std::string(name));
+    if (found == _types.end()) return nullptr;
+    const KnownType type{&found->second->getTypeId(), _catalogue.getSize(*found->second)};
+    return &_knownTypes.emplace(name, type).first->second;
+  }
+
+  // The same for the type of a record.
+  const KnownType* findKnownType(const FlatRecord& record) {
+    if (record.hasType()) return findKnownType(record.getType());
+    return _options.type.empty() || record.has("type") ? nullptr : findKnownType(_options.type);
+  }
+
   Catalogue& getCatalogue() { return _catalogue; }
   const StreamOptions& getOptions() const { return _options; }
 
  private:
-  void convertInput() {
+  // False when nobody reads the output any more.
+  bool convertInput() {
     Output output;
     LineReader reader;
     Progress progress;
     const auto takeLine = [&](std::string_view line) {
-      ++_lineCount;
+      if (++_lineCount == 1 && line.substr(0, 3) == kByteOrderMark) line.remove_prefix(3);
+      if (_lineCount % kLinesBetweenLooks == 0) progress.show(_count, reader.getByteCount());
       return _options.isFromCsv ? takeCsvLine(line, output) : takeJsonLine(line, output);
     };
     bool isWanted = true;  // the output has a reader
@@ -123,23 +187,42 @@ class Stream {
                   progress.show(_count, reader.getByteCount());
                   return isWanted = output.flush();
                 });
-    if (isWanted) finish(output);
+    return isWanted && finish(output);
   }
 
-  void finish(Output& output) {
+  bool finish(Output& output) {
     if (_options.isFromCsv) {
       const CsvReader::State state = _csv.finish();
-      if (state == CsvReader::State::Broken) takeRow(state, output);
+      if (state == CsvReader::State::Broken && !takeRow(state, output)) return false;
       if (_columns.empty()) throw Failure(kProblem, "the CSV input is empty: it has no header");
     }
-    if (_rows != nullptr) output.add(_rows->finish());
-    output.flush();
+    if (_rows != nullptr && !output.add(_rows->finish())) return false;
+    return output.flush();
   }
 
   bool takeJsonLine(std::string_view line, Output& output) {
     if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
     if (line.find_first_not_of(" \t") == std::string_view::npos) return true;
-    return output.add(convertLine(line));
+    if (!convertShortly(line, output.getText())) return output.add(convertLine(line));
+    return output.flushBlock();
+  }
+
+  // By the short road, if the line can take it.
+  bool convertShortly(std::string_view line, std::string& text) {
+    const std::size_t size = text.size();
+    if (!_hasShortRoad || line.size() > LineReader::kLongestLine) return false;
+    bool isConverted = false;
+    try {
+      isConverted = convertText(line, text);
+    } catch (const Failure&) {
+      isConverted = false;  // the general road fails too, and tells
+    }
+    if (isConverted) {
+      ++_count;
+    } else {
+      text.resize(size);
+    }
+    return isConverted;
   }
 
   std::string convertLine(std::string_view line) {
@@ -160,7 +243,7 @@ class Stream {
       }
       if (!record.isObject()) throw Failure(kProblem, "expected a JSON object");
       convertRecord(record);
-      clearError(record);
+      dropError(record);
     } catch (const Failure& failure) {
       addFailure(failure, _lineCount, record);
     }
@@ -192,7 +275,7 @@ class Stream {
                                     " fields, but the header " + std::to_string(_columns.size()));
       }
       convertRecord(record);
-      clearError(record);
+      dropError(record);
     } catch (const Failure& failure) {
       addFailure(failure, _csv.getFirstLine(), record);
     }
@@ -204,20 +287,27 @@ class Stream {
     if (names.size() != columns.size()) {
       throw Failure(kProblem, "the header of the CSV input names a column twice");
     }
+    if (_options.type.empty() && names.count("type") == 0) {
+      throw Failure(kWrongUsage, "the CSV input has no column 'type': name the type with --type");
+    }
     takeHeader(columns);
     if (_rows != nullptr) _rows->setInput(columns);
     _columns = columns;
   }
 
   void addFailure(const Failure& failure, std::uint64_t line, json::Value& record) {
-    _failures.add(failure.what(), line);
+    _failures.add(failure.what(), line, record);
     record["error"] = failure.what();
   }
 
-  // Of an earlier conversion: a row with an error shows no result.
-  void clearError(json::Value& record) {
-    if (_rows == nullptr || record.getPropertyMap().find("error") == nullptr) return;
-    record["error"].clear();
+  // Of an earlier conversion.
+  static void dropError(json::Value& record) {
+    if (record.getPropertyMap().find("error") == nullptr) return;
+    json::Value rest;
+    for (const auto& [name, value] : record.getPropertyMap()) {
+      if (name != "error") rest[name] = value;
+    }
+    record = std::move(rest);
   }
 
   std::string toText(const json::Value& record) {
@@ -226,7 +316,9 @@ class Stream {
 
   Catalogue& _catalogue;
   StreamOptions _options;
+  bool _hasShortRoad;
   std::unordered_map<std::string, const VarType*> _types;
+  std::unordered_map<std::string, KnownType, TextHash, std::equal_to<>> _knownTypes;
   CsvReader _csv;
   std::vector<std::string> _columns;  // of CSV input; empty before its header
   std::unique_ptr<CsvRows> _rows;     // null when the output is JSON
@@ -258,6 +350,21 @@ class DecodeStream : public Stream {
     if (!rawNumbers.isNull()) record["rawNumbers"] = std::move(rawNumbers);
   }
 
+  bool convertText(std::string_view line, std::string& text) override {
+    if (!_shape.isPlain()) return false;
+    if (_defaultType != nullptr && util::hexValue(line.front()) >= 0) {
+      if (!decodeText(findKnownType(getOptions().type), line, text)) return false;
+      text += '\n';
+      return true;
+    }
+    if (!_record.read(line, false, text) || !_record.hasRaw()) return false;
+    if (_record.has("value") || _record.has("error")) return false;
+    text += ",\"value\":";
+    if (!decodeText(findKnownType(_record), _record.getRaw(), text)) return false;
+    text += "}\n";
+    return true;
+  }
+
   std::string convertBare(std::string_view line, json::Value& record) override {
     wrapBare(line, record);
     json::Value rawNumbers;
@@ -276,7 +383,7 @@ class DecodeStream : public Stream {
   }
 
   // Hexadecimal text may look like a JSON number, but never like an object.
-  bool isBare(const json::Value& parsed, bool isJson) const override {
+  bool isBare(const json::Value& parsed, bool isJson) override {
     return !isJson || !parsed.isObject();
   }
 
@@ -306,6 +413,15 @@ class DecodeStream : public Stream {
     return value;
   }
 
+  bool decodeText(const KnownType* type, std::string_view hex, std::string& text) {
+    if (type == nullptr) return false;
+    _raw.setSize(type->size);
+    if (!readDigits(hex, _raw)) return false;
+    if (!getCatalogue().getManager().rawToJsonText(*type->id, _raw, _value)) return false;
+    text += _value;
+    return true;
+  }
+
   // The columns are fixed: those of the default type, or the members that were chosen.
   void checkColumns(const VarType& type) {
     if (_defaultType == nullptr) return _shape.prepare(type);
@@ -316,11 +432,20 @@ class DecodeStream : public Stream {
 
   ValueShape _shape;
   const VarType* _defaultType = nullptr;
+  // Of the short road, used again for each line.
+  FlatRecord _record;
+  base::Buffer _raw;
+  std::string _value;
 };
 
 class EncodeStream : public Stream {
  public:
-  using Stream::Stream;
+  EncodeStream(Catalogue& catalogue, const StreamOptions& options) : Stream(catalogue, options) {
+    const Options& all = catalogue.getOptions();
+    // With these the library goes a long way itself.
+    _isTextFast = all.order == base::Endianess::Big && !all.useDynamicArrays && !all.useUnionHex &&
+                  !all.refuseCutting;
+  }
 
  protected:
   void begin(const VarType* defaultType) override { _defaultType = defaultType; }
@@ -341,6 +466,34 @@ class EncodeStream : public Stream {
     record["raw"] = encode(type, *value);
   }
 
+  bool convertText(std::string_view line, std::string& text) override {
+    if (!_isTextFast) return false;
+    if (_defaultType != nullptr) {
+      if (line.front() != '{' || startsLikeDefault(line)) {
+        if (!encodeText(findKnownType(getOptions().type), line)) return false;
+        appendRaw(text);
+        text += '\n';
+        return true;
+      }
+      // Then it takes more to tell a record from a value.
+      if (findDefaultLeaves().decoded.getPropertyMap().find("value") != nullptr) return false;
+    }
+    if (!_record.read(line, true, text) || _record.has("error")) return false;
+    if (_record.has("raw") && !_record.hasRaw()) return false;
+    if (!encodeText(findKnownType(_record), _record.getValue())) return false;
+    if (_record.hasRaw()) {
+      std::string raw;
+      appendRaw(raw);
+      text.replace(_record.getRawPosition(), _record.getRaw().size(), raw);
+    } else {
+      text += ",\"raw\":\"";
+      appendRaw(text);
+      text += '"';
+    }
+    text += "}\n";
+    return true;
+  }
+
   std::string convertBare(std::string_view line, json::Value& record) override {
     wrapBare(line, record);
     return encode(*_defaultType, std::as_const(record)["value"]);
@@ -352,16 +505,20 @@ class EncodeStream : public Stream {
     record = std::move(wrapped);
   }
 
-  // A record has a value and names its type, or has been decoded; any other JSON is a value itself.
-  bool isBare(const json::Value& parsed, bool isJson) const override {
-    const bool isRecord = parsed.getPropertyMap().find("value") != nullptr &&
-                          (parsed["type"].isString() || parsed["raw"].isString());
-    return isJson && !isRecord;
+  // An object with a "value" is a record, unless it could be a value whose type has a member of
+  // that name: all its properties are members then. Any other JSON is a value itself.
+  bool isBare(const json::Value& parsed, bool isJson) override {
+    if (!isJson || parsed.getPropertyMap().find("value") == nullptr) return isJson;
+    const json::Value::PropertyMap& members = findDefaultLeaves().decoded.getPropertyMap();
+    const json::Value::PropertyMap& given = parsed.getPropertyMap();
+    return std::all_of(given.begin(), given.end(), [&members](const auto& property) {
+      return members.find(property.first) != nullptr;
+    });
   }
 
   std::unique_ptr<CsvRows> makeRows(const VarType*) override {
-    return std::make_unique<CsvRows>(std::vector<ShapeColumn>{{"raw", MemberPath("raw"), false}},
-                                     "", std::vector<std::string>{"raw", "error"});
+    return std::make_unique<CsvRows>(std::vector<ShapeColumn>{{"raw", MemberPath("raw")}}, "",
+                                     std::vector<std::string>{"raw", "error"});
   }
 
   void takeHeader(const std::vector<std::string>& columns) override {
@@ -370,12 +527,51 @@ class EncodeStream : public Stream {
   }
 
  private:
+  // Into _raw. A text that reads back the same has lost nothing: what the general road refuses,
+  // such as a number beyond its limits, reads back as another text.
+  bool encodeText(const KnownType* type, std::string_view value) {
+    if (type == nullptr || value.empty()) return false;
+    TypeManager& manager = getCatalogue().getManager();
+    _raw.clear();
+    return manager.jsonTextToRaw(*type->id, value, _raw, base::Endianess::Big, false) &&
+           manager.rawToJsonText(*type->id, _raw, _value) && _value == value;
+  }
+
+  void appendRaw(std::string& text) const {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    for (unsigned i = 0; i < _raw.getSize(); ++i) {
+      const std::uint8_t byte = _raw.getData()[i];
+      text += kDigits[byte >> 4];
+      text += kDigits[byte & 0xF];
+    }
+  }
+
+  // Whether an object begins with the first member of the default type.
+  bool startsLikeDefault(std::string_view line) {
+    const json::Value::PropertyMap& members = findDefaultLeaves().decoded.getPropertyMap();
+    if (members.empty()) return false;
+    const std::string& name = members.begin()->first;
+    return line.substr(1, 1) == "\"" && line.substr(2, name.size()) == name &&
+           line.substr(2 + name.size(), 1) == "\"";
+  }
+
+  const TypeLeaves& findDefaultLeaves() {
+    if (!_defaultLeaves) _defaultLeaves.emplace(getCatalogue(), *_defaultType);
+    return *_defaultLeaves;
+  }
+
   std::string encode(const VarType& type, const json::Value& value) {
     return util::BinaryUtils::toString(getCatalogue().encode(type, value));
   }
 
   const VarType* _defaultType = nullptr;
-  std::unique_ptr<CsvMembers> _members;  // for CSV input
+  std::optional<TypeLeaves> _defaultLeaves;  // of the default type, once they are asked for
+  std::unique_ptr<CsvMembers> _members;      // for CSV input
+  // Of the short road, used again for each line.
+  bool _isTextFast;
+  FlatRecord _record;
+  base::Buffer _raw;
+  std::string _value;
 };
 
 }  // namespace

@@ -231,10 +231,10 @@ std::vector<ShapeColumn> ValueShape::makeColumns(const VarType& type) {
     const std::string name = leafName(leaf.path);
     const bool isBoth = isEnum(leaf) && _options.enumForm == EnumForm::Both;
     const std::string base = leaf.path.empty() ? "" : leaf.path + ".";
-    columns.push_back({name, MemberPath(isBoth ? base + "name" : leaf.path), false});
-    if (isBoth) columns.push_back({name + ".number", MemberPath(base + "number"), false});
+    columns.push_back({name, MemberPath(isBoth ? base + "name" : leaf.path)});
+    if (isBoth) columns.push_back({name + ".number", MemberPath(base + "number")});
     if (_options.withRawNumbers && isNumber(leaf)) {
-      columns.push_back({name + ".raw", MemberPath(""), true});
+      columns.push_back({name + ".raw", MemberPath(""), ShapeColumn::Cell::RawNumber});
     }
     if (columns.size() > kMostColumns) {
       throw Failure(kProblem, displayName(type) + " has more than " + std::to_string(kMostColumns) +
@@ -246,7 +246,14 @@ std::vector<ShapeColumn> ValueShape::makeColumns(const VarType& type) {
 
 std::vector<ShapeColumn> ValueShape::makeColumns() const {
   std::vector<ShapeColumn> columns;
-  for (const MemberPath& path : _paths) columns.push_back({path.getText(), path, false});
+  for (const MemberPath& path : _paths) {
+    if (_options.enumForm != EnumForm::Both) {
+      columns.push_back({path.getText(), path});
+      continue;
+    }
+    columns.push_back({path.getText(), path, ShapeColumn::Cell::EnumName});
+    columns.push_back({path.getText() + ".number", path, ShapeColumn::Cell::EnumNumber});
+  }
   return columns;
 }
 

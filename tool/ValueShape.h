@@ -34,9 +34,17 @@ struct ShapeOptions {
 
 // One cell of a row that holds a decoded value.
 struct ShapeColumn {
+  enum class Cell {
+    Member,      // what is found at the path
+    RawNumber,   // found in the raw numbers, under the column's name without ".raw"
+    EnumName,    // of a member whose kind the column does not know: its name in EnumForm::Both, or
+                 // the member when it is no enumeration
+    EnumNumber,  // its number in EnumForm::Both; nothing when it is no enumeration
+  };
+
   std::string name;
   MemberPath path;
-  bool isRawNumber;  // found in the raw numbers, under the column's name without ".raw"
+  Cell cell = Cell::Member;
 };
 
 // The path of a leaf as the name of a column or of a raw number: "value" for the value itself.
@@ -78,7 +86,7 @@ class ValueShape {
 
   // A column for each leaf of the chosen members of a type. Throws when there are too many.
   std::vector<ShapeColumn> makeColumns(const VarType& type);
-  // A column for each chosen member, whatever the type.
+  // A column for each chosen member, whatever the type; two with EnumForm::Both.
   std::vector<ShapeColumn> makeColumns() const;
 
  private:

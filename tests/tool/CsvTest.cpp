@@ -76,6 +76,16 @@ const std::vector<CsvCase> kGoodCases = {
      "\n",
      "raw,state,value,value.state,error\nC801,on,100.0,1,\n"},
 
+    {"ChosenEnumerationsOfAnyTypeAsNamesAndNumbers",
+     plus(kToRows, {"--select", "mode,heat_output_primary", "--enum", "both"}),
+     R"({"type":"SNVT_hvac_status","raw":"010FA0000000000000000000"})"
+     "\n",
+     "type,raw,mode,mode.number,heat_output_primary,heat_output_primary.number,error\n"
+     "SNVT_hvac_status,010FA0000000000000000000,HVAC_HEAT,1,20.0,,\n"},
+    // 3 bits from the top of the last byte: 010.
+    {"MembersNamedLikePropertiesOfARecord", plus(kToRows, {"--type", "SNVT_reg_val"}),
+     "000004D20040\n", "raw,value.raw,unit,nr_decimals,error\n000004D20040,1234,RVU_NONE,2,\n"},
+
     // --- Reading rows ---
     {"TakesAnotherColumn", plus(kFromRows, plus(kSwitch, {"--raw-column", "pay load"})),
      "pay load,raw\nC801,x\n",
@@ -152,6 +162,10 @@ const std::vector<CsvCase> kGoodCases = {
      "\n"
      R"({"type":"SNVT_date_day","state":"","value":"DAY_TUE","raw":"02"})"
      "\n"},
+    {"PrefixedMembers",
+     {"encode", "--stream", "--csv-in", "--csv", "--type", "SNVT_switch"},
+     "state,value.value,value.state\non,100,1\n",
+     "state,value.value,value.state,raw,error\non,100,1,C801,\n"},
     {"MissingMembers",
      {"encode", "--stream", "--csv-in", "--csv", "--type", "SNVT_switch", "--allow-missing"},
      "value,state\n,1\n",
@@ -175,6 +189,17 @@ TEST(Csv, ComesBackFromItsColumns) {
       runTool(plus({"encode", "--stream", "--csv-in", "--csv"}, kSwitch), rows.output);
   EXPECT_EQ(raws.status, 0);
   EXPECT_EQ(raws.output, "value,state,raw,error\n100.0,1,C801,\n0.5,0,0100,\n0.0,-1,00FF,\n");
+}
+
+TEST(Csv, ComesBackFromMembersNamedLikePropertiesOfARecord) {
+  const Words type = {"--type", "SNVT_reg_val"};
+  const ToolResult rows = runTool(plus(kToRows, type), "000004D20040\nFFFFFFFE0020\n");
+  const ToolResult raws =
+      runTool(plus({"encode", "--stream", "--csv-in", "--csv"}, type), rows.output);
+  EXPECT_EQ(raws.errors, "");
+  EXPECT_EQ(raws.output,
+            "value.raw,unit,nr_decimals,raw,error\n1234,RVU_NONE,2,000004D20040,\n"
+            "-2,RVU_NONE,1,FFFFFFFE0020,\n");
 }
 
 // --- Types of our own ---
@@ -331,6 +356,11 @@ const std::vector<UsageCase> kUsageCases = {
      "a,b\n1,2\n",
      1,
      "no column is named like a member of SNVT_switch; its members are: value, state"},
+    {"NoTypeForTheRows",
+     {"encode", "--stream", "--csv-in"},
+     "value\n1\n2\n",
+     2,
+     "the CSV input has no column 'type': name the type with --type"},
     {"ColumnTwice", plus(kFromRows, kSwitch), "raw,a,raw\nC801,1,C801\n", 1,
      "the header of the CSV input names a column twice"},
     {"BrokenHeader", plus(kFromRows, kSwitch), "raw,\"a\"b\n", 1,
