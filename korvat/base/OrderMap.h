@@ -2,11 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "korvat/base/KeyedHash.h"
 
 namespace zavri::base {
 
@@ -14,7 +15,8 @@ namespace zavri::base {
 // declared.
 //
 // A small map is searched from front to back; beyond kIndexedFrom entries a hash index takes over,
-// so that building and reading a map stay linear in its size.
+// so that building and reading a map stay linear in its size. That holds for keys that were chosen
+// to collide too: see hashText().
 template <typename T>
 class TOrderMap {
  public:
@@ -33,13 +35,18 @@ class TOrderMap {
   }
 
   // The value under `key`, made at the end of the order when it is missing. The reference holds
-  // until the next insertion.
+  // until the next insertion. The map stays as it was when memory runs out.
   T& operator[](std::string_view key) {
     const std::size_t position = findPosition(key);
     if (position != kAbsent) return _entries[position].second;
 
     _entries.emplace_back(std::string(key), T());
-    addToIndex();
+    try {
+      addToIndex();
+    } catch (...) {
+      _entries.pop_back();
+      throw;
+    }
     return _entries.back().second;
   }
 
@@ -66,7 +73,7 @@ class TOrderMap {
   // The slot that holds `key`, else the free one where it belongs.
   std::size_t findSlot(std::string_view key) const {
     const std::size_t mask = _slots.size() - 1;
-    std::size_t slot = std::hash<std::string_view>()(key) & mask;
+    std::size_t slot = hashText(key) & mask;
     while (_slots[slot] != 0 && _entries[_slots[slot] - 1].first != key) slot = (slot + 1) & mask;
     return slot;
   }
@@ -77,7 +84,7 @@ class TOrderMap {
 
     std::size_t first = _entries.size() - 1;
     if (_slots.size() < 2 * _entries.size()) {
-      _slots.assign(_slots.empty() ? 4 * kIndexedFrom : 2 * _slots.size(), 0);
+      _slots = std::vector<std::uint32_t>(_slots.empty() ? 4 * kIndexedFrom : 2 * _slots.size(), 0);
       first = 0;
     }
     for (std::size_t i = first; i < _entries.size(); ++i) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "korvat/base/Logger.h"
+#include "korvat/base/OrderMap.h"
 #include "korvat/base/Value.h"
 #include "korvat/base/XmlParser.h"
 #include "korvat/format/Format.h"
@@ -303,6 +304,26 @@ TEST_P(MemoryFaultTest, LeavesTheValueAloneWhenAJsonTextCannotBeRead) {
           EXPECT_EQ(value.stringify(), nested);
         }
       });
+}
+
+TEST_P(MemoryFaultTest, LeavesAMapAsItWasWhenAKeyCannotBeAdded) {
+  for (int size : {0, 1, 15, 16, 31, 32, 64}) {
+    SCOPED_TRACE("size " + std::to_string(size));
+    base::TOrderMap<int> map;
+    for (int i = 0; i < size; ++i) map["a key of so many characters " + std::to_string(i)] = i;
+    const base::TOrderMap<int> before = map;
+    const std::string key = "a key that is missing so far";
+    failEachRequest(
+        GetParam(), [&] { map = before; }, [&] { map[key] = -1; },
+        [&] {
+          const bool isAdded = map.find(key) != nullptr;
+          EXPECT_NE(isAdded, MemoryFault::hasStruck());
+          EXPECT_EQ(map.size(), before.size() + (isAdded ? 1 : 0));
+          map["another key"] = -2;
+          ASSERT_NE(map.find("another key"), nullptr);
+          for (const auto& [name, value] : before) EXPECT_EQ(*map.find(name), value);
+        });
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Shortages, MemoryFaultTest,
