@@ -36,10 +36,10 @@ struct SipState {
   }
 };
 
-// Up to eight bytes, the first one lowest.
-std::uint64_t toWord(std::string_view bytes) {
+// A word of `byteCount` bytes, the first one lowest.
+inline std::uint64_t readWord(const char* bytes, std::size_t byteCount) {
   std::uint64_t word = 0;
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
+  for (std::size_t i = 0; i < byteCount; ++i) {
     word |= std::uint64_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
   }
   return word;
@@ -61,9 +61,10 @@ struct HashKey {
 std::uint64_t sipHash(std::uint64_t key0, std::uint64_t key1, std::string_view text) {
   SipState state{key0 ^ 0x736F6D6570736575, key1 ^ 0x646F72616E646F6D, key0 ^ 0x6C7967656E657261,
                  key1 ^ 0x7465646279746573};
-  const std::uint64_t sizeByte = std::uint64_t{text.size()} << 56;
-  for (; text.size() >= 8; text.remove_prefix(8)) state.compress(toWord(text.substr(0, 8)));
-  state.compress(sizeByte | toWord(text));
+  const char* const end = text.data() + text.size() / 8 * 8;
+  for (const char* bytes = text.data(); bytes != end; bytes += 8)
+    state.compress(readWord(bytes, 8));
+  state.compress(std::uint64_t{text.size()} << 56 | readWord(end, text.size() % 8));
   state.v2 ^= 0xFF;
   for (int i = 0; i < 4; ++i) state.round();
   return state.v0 ^ state.v1 ^ state.v2 ^ state.v3;

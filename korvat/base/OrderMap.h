@@ -1,7 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -16,7 +18,7 @@ namespace zavri::base {
 //
 // A small map is searched from front to back; beyond kIndexedFrom entries a hash index takes over,
 // so that building and reading a map stay linear in its size. That holds for keys that were chosen
-// to collide too: see hashText().
+// to collide too: where keys crowd in the index, it changes to hashText().
 template <typename T>
 class TOrderMap {
  public:
@@ -53,11 +55,14 @@ class TOrderMap {
   void clear() {
     _entries.clear();
     _slots.clear();
+    _isKeyed = false;
   }
 
  private:
   static constexpr std::size_t kIndexedFrom = 16;
   static constexpr std::size_t kAbsent = static_cast<std::size_t>(-1);
+  // Steps of one insertion through the index beyond which chance is no explanation.
+  static constexpr std::size_t kMaxSteps = 128;
 
   std::size_t findPosition(std::string_view key) const {
     if (_slots.empty()) {
@@ -66,30 +71,48 @@ class TOrderMap {
       }
       return kAbsent;
     }
-    const std::uint32_t found = _slots[findSlot(key)];
+    const std::uint32_t found = _slots[findSlot(key, hashOf(key))];
     return found == 0 ? kAbsent : found - 1;
   }
 
   // The slot that holds `key`, else the free one where it belongs.
-  std::size_t findSlot(std::string_view key) const {
+  std::size_t findSlot(std::string_view key, std::size_t hash) const {
     const std::size_t mask = _slots.size() - 1;
-    std::size_t slot = hashText(key) & mask;
+    std::size_t slot = hash & mask;
     while (_slots[slot] != 0 && _entries[_slots[slot] - 1].first != key) slot = (slot + 1) & mask;
     return slot;
+  }
+
+  std::size_t hashOf(std::string_view key) const {
+    return _isKeyed ? hashText(key) : std::hash<std::string_view>()(key);
   }
 
   // Takes the last entry into the index, which is made or doubled when it is due.
   void addToIndex() {
     if (_entries.size() < kIndexedFrom) return;
 
-    std::size_t first = _entries.size() - 1;
-    if (_slots.size() < 2 * _entries.size()) {
-      _slots = std::vector<std::uint32_t>(_slots.empty() ? 4 * kIndexedFrom : 2 * _slots.size(), 0);
-      first = 0;
+    if (_slots.size() >= 2 * _entries.size()) {
+      enter(_entries.size() - 1);
+      return;
     }
-    for (std::size_t i = first; i < _entries.size(); ++i) {
-      _slots[findSlot(_entries[i].first)] = static_cast<std::uint32_t>(i + 1);
-    }
+    _slots = std::vector<std::uint32_t>(_slots.empty() ? 4 * kIndexedFrom : 2 * _slots.size(), 0);
+    enterAll();
+  }
+
+  void enterAll() {
+    for (std::size_t i = 0; i < _entries.size(); ++i) enter(i);
+  }
+
+  void enter(std::size_t position) {
+    const std::string& key = _entries[position].first;
+    const std::size_t hash = hashOf(key);
+    const std::size_t slot = findSlot(key, hash);
+    _slots[slot] = static_cast<std::uint32_t>(position + 1);
+    if (_isKeyed || ((slot - hash) & (_slots.size() - 1)) <= kMaxSteps) return;
+
+    _isKeyed = true;
+    std::fill(_slots.begin(), _slots.end(), 0u);
+    enterAll();
   }
 
   std::vector<Entry> _entries;  // in order of insertion
@@ -97,6 +120,7 @@ class TOrderMap {
   // Hash index with linear probing: position + 1 of an entry, 0 where free. Empty while the map is
   // small, else a power of two of slots, at least half of them free.
   std::vector<std::uint32_t> _slots;
+  bool _isKeyed = false;  // the index goes by hashText()
 };
 
 }  // namespace zavri::base
