@@ -29,8 +29,6 @@ namespace {
 // Memory of the reader. Its own allocator hands a null pointer on, which the reader writes to.
 class ThrowingAllocator {
  public:
-  static const bool kNeedFree = true;
-
   void* Malloc(std::size_t size) { return Realloc(nullptr, 0, size); }
 
   // Throws std::bad_alloc, and `block` stays as it was, when there is no memory.
