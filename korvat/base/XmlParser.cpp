@@ -104,8 +104,11 @@ XmlParser::State XmlParser::parse(std::istream& stream) {
   try {
     readStream(stream);
   } catch (...) {  // from a callback, a stream that throws, or for want of memory
-    _state = State::Failed;
-    _error = "exception";  // short enough to need no memory
+    try {
+      fail("exception");
+    } catch (const std::bad_alloc&) {
+      _error = "exception";  // short enough to need no memory
+    }
     throw;
   }
   if (_state == State::Parsing) _state = _isStopRequested ? State::Stopped : State::Complete;
