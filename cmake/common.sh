@@ -4,7 +4,7 @@ runPackages=(g++ cmake ninja-build ccache libexpat1-dev libboost-dev rapidjson-d
 testPackages=("${runPackages[@]}" libgtest-dev libgmock-dev python3 python3-jsonschema)
 fuzzPackages=("${runPackages[@]}" clang libclang-rt-14-dev llvm-14)
 ciPackages=("${testPackages[@]}" git libbenchmark-dev clang libclang-rt-14-dev llvm-14
-  clang-format clang-tidy gcovr pkgconf dpkg-dev mandoc doxygen)
+  clang-format clang-tidy cppcheck valgrind gcovr pkgconf dpkg-dev mandoc doxygen)
 
 fail() {
   echo "${0##*/}: $*" >&2

@@ -122,7 +122,7 @@ unsigned bitWidthOf(const std::vector<GridLine>& lines) {
 }
 
 std::string centered(std::string text, std::size_t width) {
-  if (text.size() > width) text = text.substr(0, width - 1) + "~";
+  if (text.size() > width) text.replace(width - 1, std::string::npos, "~");
   return pad(std::string((width - text.size()) / 2, ' ') + text, width);
 }
 

@@ -1,6 +1,9 @@
 #include "korvat/base/FileUtils.h"
 
+#include <dirent.h>
+
 #include <filesystem>
+#include <memory>
 #include <string_view>
 #include <system_error>
 
@@ -19,15 +22,23 @@ bool isFolderName(const std::string& name) {
   return name.find_first_of(kForbidden) == std::string::npos;
 }
 
+struct FolderCloser {
+  void operator()(DIR* folder) const { closedir(folder); }
+};
+
 // The one folder in `base` equal to `name` but for case; empty when there is none or more than one.
+// Goes without the standard directory iterator: that of libstdc++ ends the program when memory runs
+// out.
 std::string findIgnoringCase(const fs::path& base, const std::string& name) {
+  const std::unique_ptr<DIR, FolderCloser> folder(opendir(base.c_str()));
+  if (!folder) return std::string();
+
   std::string found;
-  std::error_code error;
-  fs::directory_iterator entry(base, error);
-  for (const fs::directory_iterator end; !error && entry != end; entry.increment(error)) {
-    const std::string candidate = entry->path().filename().string();
+  while (const dirent* entry = readdir(folder.get())) {
+    const std::string candidate = entry->d_name;
     std::error_code unreadable;  // such an entry is no folder for us
-    if (!StringUtils::equalsIgnoreCase(candidate, name) || !entry->is_directory(unreadable)) {
+    if (!StringUtils::equalsIgnoreCase(candidate, name) ||
+        !fs::is_directory(base / candidate, unreadable)) {
       continue;
     }
     if (!found.empty()) return std::string();

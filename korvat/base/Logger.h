@@ -9,7 +9,8 @@ namespace zavri::base {
 
 // Messages of the library, printf style. Static: one level and one sink for the whole process.
 //
-// Threads may log side by side. Level and sink are meant to be set before they start.
+// Threads may log side by side, and a thread may replace the sink meanwhile. The level is a plain
+// variable: set it before other threads use the library.
 class KORVAT_API Logger {
  public:
   // A message is written when `_logLevel` is at least its level.

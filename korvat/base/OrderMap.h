@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -10,13 +11,16 @@
 #include <utility>
 #include <vector>
 
+#include "korvat/base/KeyedHash.h"
+
 namespace zavri::base {
 
 // Map from text to T that keeps the order of insertion. T may be incomplete where the map is
 // declared.
 //
 // A small map is searched from front to back; beyond kIndexedFrom entries a hash index takes over,
-// so that building and reading a map stay linear in its size.
+// so that building and reading a map stay linear in its size. That holds for keys that were chosen
+// to collide too: where keys crowd in the index, it changes to hashText().
 template <typename T>
 class TOrderMap {
  public:
@@ -35,7 +39,7 @@ class TOrderMap {
   }
 
   // The value under `key`, made at the end of the order when it is missing. The reference holds
-  // until the next insertion.
+  // until the next insertion. The map stays as it was when memory runs out.
   T& operator[](std::string_view key) {
     const std::size_t position = findPosition(key);
     if (position != kAbsent) return _entries[position].second;
@@ -47,7 +51,13 @@ class TOrderMap {
   T& append(std::string_view key) {
     _entries.emplace_back(std::piecewise_construct, std::forward_as_tuple(key),
                           std::forward_as_tuple());
-    if (_entries.size() >= kIndexedFrom) addToIndex();
+    if (_entries.size() < kIndexedFrom) return _entries.back().second;
+    try {
+      addToIndex();
+    } catch (...) {
+      _entries.pop_back();
+      throw;
+    }
     return _entries.back().second;
   }
 
@@ -57,11 +67,14 @@ class TOrderMap {
   void clear() {
     _entries.clear();
     _slots.clear();
+    _isKeyed = false;
   }
 
  private:
   static constexpr std::size_t kIndexedFrom = 16;
   static constexpr std::size_t kAbsent = static_cast<std::size_t>(-1);
+  // Steps of one insertion through the index beyond which chance is no explanation.
+  static constexpr std::size_t kMaxSteps = 128;
 
   std::size_t findPosition(std::string_view key) const {
     if (_slots.empty()) {
@@ -70,7 +83,7 @@ class TOrderMap {
       }
       return kAbsent;
     }
-    const Slot& found = _slots[findSlot(key, hash(key))];
+    const Slot& found = _slots[findSlot(key, hashOf(key))];
     return found.entry == 0 ? kAbsent : found.entry - 1;
   }
 
@@ -80,8 +93,9 @@ class TOrderMap {
     std::uint32_t hash = 0;
   };
 
-  static std::uint32_t hash(std::string_view key) {
-    return static_cast<std::uint32_t>(std::hash<std::string_view>()(key));
+  std::uint32_t hashOf(std::string_view key) const {
+    return static_cast<std::uint32_t>(_isKeyed ? hashText(key)
+                                               : std::hash<std::string_view>()(key));
   }
 
   // The slot that holds `key`, else the free one where it belongs.
@@ -98,16 +112,25 @@ class TOrderMap {
   // Takes the last entry into the index, which is made, or made anew, when it is due: with room for
   // all entries that there is room for.
   void addToIndex() {
-    std::size_t first = _entries.size() - 1;
-    if (_slots.size() < 2 * _entries.size()) {
-      _slots.assign(std::bit_ceil(2 * _entries.capacity()), Slot());
-      first = 0;
-    }
-    for (std::size_t i = first; i < _entries.size(); ++i) {
-      const std::string& key = _entries[i].first;
-      const std::uint32_t keyHash = hash(key);
-      _slots[findSlot(key, keyHash)] = {static_cast<std::uint32_t>(i + 1), keyHash};
-    }
+    if (_slots.size() >= 2 * _entries.size()) return enter(_entries.size() - 1);
+    _slots = std::vector<Slot>(std::bit_ceil(2 * _entries.capacity()));
+    enterAll();
+  }
+
+  void enterAll() {
+    for (std::size_t i = 0; i < _entries.size(); ++i) enter(i);
+  }
+
+  void enter(std::size_t position) {
+    const std::string& key = _entries[position].first;
+    const std::uint32_t hash = hashOf(key);
+    const std::size_t slot = findSlot(key, hash);
+    _slots[slot] = {static_cast<std::uint32_t>(position + 1), hash};
+    if (_isKeyed || ((slot - hash) & (_slots.size() - 1)) <= kMaxSteps) return;
+
+    _isKeyed = true;
+    std::fill(_slots.begin(), _slots.end(), Slot());
+    enterAll();
   }
 
   std::vector<Entry> _entries;  // in order of insertion
@@ -115,6 +138,7 @@ class TOrderMap {
   // Hash index with linear probing. Empty while the map is small, else a power of two of slots, at
   // least half of them free.
   std::vector<Slot> _slots;
+  bool _isKeyed = false;  // the index goes by hashText()
 };
 
 }  // namespace zavri::base

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <new>
 #include <system_error>
 #include <type_traits>
 #include <utility>
@@ -22,6 +24,27 @@ using util::StringUtils;
 static_assert(std::is_nothrow_move_constructible_v<Value>, "arrays grow by moving");
 
 namespace {
+
+// Memory of the reader. Its own allocator hands a null pointer on, which the reader writes to.
+class ThrowingAllocator {
+ public:
+  void* Malloc(std::size_t size) { return Realloc(nullptr, 0, size); }
+
+  // Throws std::bad_alloc, and `block` stays as it was, when there is no memory.
+  void* Realloc(void* block, std::size_t, std::size_t size) {
+    if (size == 0) {
+      std::free(block);
+      return nullptr;
+    }
+    void* const moved = std::realloc(block, size);
+    if (moved == nullptr) throw std::bad_alloc();
+    return moved;
+  }
+
+  static void Free(void* block) { std::free(block); }
+};
+
+using Reader = rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, ThrowingAllocator>;
 
 // Receives the reader's events and builds the tree. Each returns false to end the reading.
 class TreeBuilder {
@@ -203,7 +226,7 @@ bool Value::parse(std::string_view text, Value& value, std::string& error) {
                               rapidjson::kParseValidateEncodingFlag |
                               rapidjson::kParseNumbersAsStringsFlag;
   rapidjson::MemoryStream stream(text.data(), text.size());
-  rapidjson::Reader reader;
+  Reader reader;
   TreeBuilder builder;
   const rapidjson::ParseResult result = reader.Parse<kFlags>(stream, builder);
   if (result.IsError()) {

@@ -103,8 +103,12 @@ XmlParser::State XmlParser::parse(std::istream& stream) {
   _state = State::Parsing;
   try {
     readStream(stream);
-  } catch (...) {  // from a callback, or a stream that throws
-    fail("exception");
+  } catch (...) {  // from a callback, a stream that throws, or for want of memory
+    try {
+      fail("exception");
+    } catch (const std::bad_alloc&) {
+      _error = "exception";  // short enough to need no memory
+    }
     throw;
   }
   if (_state == State::Parsing) _state = _isStopRequested ? State::Stopped : State::Complete;
@@ -138,7 +142,7 @@ void XmlParser::readStream(std::istream& stream) {
   XML_Index position = 0;
   for (bool isLast = false; !isLast;) {
     void* const block = XML_GetBuffer(_expat->parser, blockSize);
-    if (block == nullptr) return fail("out of memory");
+    if (block == nullptr) throw std::bad_alloc();
 
     stream.read(static_cast<char*>(block), blockSize);
     if (stream.bad()) return fail("unreadable stream");
@@ -148,7 +152,11 @@ void XmlParser::readStream(std::istream& stream) {
     const XML_Status status = XML_ParseBuffer(_expat->parser, size, isLast ? 1 : 0);
     if (_exception) std::rethrow_exception(_exception);
     if (isEnding()) return;
-    if (status != XML_STATUS_OK) return fail(XML_ErrorString(XML_GetErrorCode(_expat->parser)));
+    if (status != XML_STATUS_OK) {
+      const XML_Error error = XML_GetErrorCode(_expat->parser);
+      if (error == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+      return fail(XML_ErrorString(error));
+    }
 
     // The parser scans an unfinished tag or comment again with every block: larger blocks keep the
     // work in proportion to the document.
@@ -199,9 +207,9 @@ void XmlParser::addText(std::string_view text) {
 }
 
 void XmlParser::fail(std::string_view what) {
+  _state = State::Failed;  // whether or not there is memory for the message
   _error = std::string(what) + " at line " + std::to_string(getLine()) + ", column " +
            std::to_string(XML_GetCurrentColumnNumber(_expat->parser) + 1);
-  _state = State::Failed;
 }
 
 void XmlParser::forgetDocument() {

@@ -68,8 +68,8 @@ class KORVAT_API XmlParser {
 
   // Reads the whole stream. Complete for a well-formed document, Stopped after stop(), Failed for
   // any other document and for a stream that cannot be read. Runs reinit() first when a document
-  // was parsed before. A call from a callback does nothing and answers Failed. After an exception
-  // the state is Failed.
+  // was parsed before. A call from a callback does nothing and answers Failed. Throws
+  // std::bad_alloc when memory runs out. After an exception the state is Failed.
   State parse(std::istream& stream);
 
   // Forgets everything, a stop request too, so that another document can be parsed. Does nothing

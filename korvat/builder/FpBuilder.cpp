@@ -174,8 +174,9 @@ void FpBuilder::rememberRefBase(const AttributeMap* attributes) {
   const std::size_t slash = _refBase.find('/');
   if (slash == std::string::npos) {
     Logger::warning("[FpBuilder::rememberRefBase] ref-base='%s'\n", _refBase.c_str());
+  } else {
+    _refBase.resize(slash);
   }
-  _refBase = _refBase.substr(0, slash);
   Logger::trace("[FpBuilder::rememberRefBase] => '%s'\n", _refBase.c_str());
 }
 

@@ -2,7 +2,10 @@
 
 #include <array>
 #include <exception>
+#include <filesystem>
 #include <fstream>
+#include <new>
+#include <system_error>
 #include <utility>
 
 #include "korvat/base/Logger.h"
@@ -46,6 +49,12 @@ constexpr TElementMap<11> kElements({{
 // clang-format on
 static_assert(kElements.isUnambiguous());
 
+// True for pipes, terminals and the like: opening or reading one may not end.
+bool isWaitedFor(const std::string& path) {
+  std::error_code unreadable;
+  return std::filesystem::is_other(path, unreadable);
+}
+
 }  // namespace
 
 ResourceBuilder::ResourceBuilder(ResourceFileSet& fileSet) : _fileSet(fileSet) {}
@@ -77,8 +86,9 @@ void ResourceBuilder::prepare(Mode mode) {
 bool ResourceBuilder::runPass(const std::string& path, bool warnIfMissing) {
   const char* mode = modeName(_mode);
   Logger::trace("[ResourceBuilder::load][%s] %s\n", mode, path.c_str());
-  std::ifstream file(path, std::ios::binary);
-  if (!file) {
+  std::ifstream file;
+  if (!isWaitedFor(path)) file.open(path, std::ios::binary);
+  if (!file.is_open()) {
     if (warnIfMissing) {
       Logger::warning("[ResourceBuilder][%s] cannot load '%s'\n", mode, path.c_str());
     }
@@ -88,6 +98,10 @@ bool ResourceBuilder::runPass(const std::string& path, bool warnIfMissing) {
   try {
     if (parse(file) == State::Complete) return true;
     Logger::warning("[ResourceBuilder][%s] could not parse file '%s'\n", mode, path.c_str());
+  } catch (const std::bad_alloc& exception) {
+    Logger::warning("[ResourceBuilder][%s] std-exception while parsing file '%s': %s\n", mode,
+                    path.c_str(), exception.what());
+    throw;  // the file is not at fault: whoever needs its types must not take them for missing
   } catch (const std::exception& exception) {
     Logger::warning("[ResourceBuilder][%s] std-exception while parsing file '%s': %s\n", mode,
                     path.c_str(), exception.what());

@@ -41,8 +41,9 @@ class ResourceBuilder : private xml::XmlParser, public BuilderMaster {
   ~ResourceBuilder() override;
 
   // Loads one file. False, with a warning, when it cannot be opened (the warning only if asked
-  // for) or is broken. Text that is no XML fails before any item is read; where the items
-  // themselves end the load, those before were added all the same.
+  // for; a pipe, a device or a socket is never opened) or is broken. Text that is no XML fails
+  // before any item is read; where the items themselves end the load, those before were added all
+  // the same. Throws std::bad_alloc, with the warning, when memory runs out.
   bool load(const std::string& path, bool warnIfMissing);
 
   // Line, from 1, that the load has reached.

@@ -28,8 +28,8 @@ class VarType;
 struct CountedArray;
 
 // Converts raw values of one type to JSON and back. Manager and type must outlive it. Made for one
-// thread; any number of converters may work side by side while nobody loads types or changes
-// options.
+// thread; any number of converters of one manager may work side by side, each on values of its own,
+// while nobody loads types or changes options of that manager.
 //
 //   structure                object, one member per member of the structure, in layout order
 //   union                    object of all alternatives, or the hexadecimal text of its bytes

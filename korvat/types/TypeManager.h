@@ -31,10 +31,18 @@ class VarType;
 // Owns the resource sets, and so the types: the pointers that look-ups return hold until the
 // manager and all its copies are gone. Copies share the sets and with them what is loaded. Nothing
 // is read at construction; the files of a prefix are read the first time something asks for a type
-// of theirs, so that even look-ups change the catalogue: one manager belongs to one thread at a
-// time. Once the groups in use are loaded, look-ups in them and conversions may run side by side;
-// not so a search that meets a set without that group, for a group that is missing is looked for
-// each time.
+// of theirs, so that even look-ups change the catalogue.
+//
+// Threads: managers that are no copies of each other share nothing, and each thread may have its
+// own. One manager, with its copies, belongs to one thread at a time until the groups in use are
+// loaded. From then on these may run side by side: look-ups in those groups, conversions of their
+// types, accessValue() and all const operations, each with buffers and values of its own. Not so
+// options, assignment, and whatever meets a group that is not loaded, such as a reference into it
+// or a search through a set without that group: a group that is missing is looked for each time.
+// To load a group ahead of time: getResourceFileSet(prefix).getGroup(type, true, &manager).
+//
+// When memory runs out, any operation may throw std::bad_alloc: no type is half read then, and the
+// same request may be repeated.
 class KORVAT_API TypeManager {
  public:
   // Number of a bit of the union mode.

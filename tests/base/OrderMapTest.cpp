@@ -1,5 +1,8 @@
 #include "korvat/base/OrderMap.h"
 
+#include <chrono>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -117,6 +120,57 @@ TEST_P(TOrderMapSizes, CanBeFilledAgainAfterAMove) {
 INSTANTIATE_TEST_SUITE_P(Sizes, TOrderMapSizes,
                          testing::Values(1, 15, 16, 17, 31, 32, 33, 64, 65, 1000, 100000),
                          testing::PrintToStringParamName());
+
+// --- Keys that were chosen to collide ---
+
+// Undoes std::hash as libstdc++ has it (MurmurHash64A with a fixed seed) for texts of eight bytes.
+std::string textWithStandardHash(std::uint64_t hash) {
+  constexpr std::uint64_t kFactor = 0xC6A4A7935BD1E995;
+  constexpr std::uint64_t kSeed = 0xC70F6907;
+  const auto mix = [](std::uint64_t value) { return value ^ (value >> 47); };  // undoes itself
+  std::uint64_t inverse = kFactor;  // of the factor, modulo 2^64; each step doubles the right bits
+  for (int i = 0; i < 6; ++i) inverse *= 2 - kFactor * inverse;
+
+  const std::uint64_t mixed = mix(mix(hash) * inverse) * inverse;
+  const std::uint64_t word = mix((mixed ^ kSeed ^ (8 * kFactor)) * inverse) * inverse;
+  std::string text;
+  for (int i = 0; i < 8; ++i) text += static_cast<char>(word >> (8 * i));
+  return text;
+}
+
+double secondsToFill(const std::vector<std::string>& keys) {
+  const auto start = std::chrono::steady_clock::now();
+  Map map;
+  for (const std::string& key : keys) map[key] = 1;
+  EXPECT_EQ(map.size(), keys.size());
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+TEST(TOrderMap, IsNotSlowedDownByKeysThatCollideInTheStandardHash) {
+  std::vector<std::string> colliding;
+  std::vector<std::string> plain;
+  for (std::uint64_t i = 0; i < 30'000; ++i) {
+    colliding.push_back(textWithStandardHash(i << 32));  // any mask of an index keeps 0 of that
+    plain.push_back("key" + std::to_string(10'000 + i));
+  }
+  if (std::hash<std::string>()(colliding[5]) != std::uint64_t{5} << 32) {
+    GTEST_SKIP() << "this standard library has another hash";
+  }
+  // One by one they would be compared with each other: half a thousand million times, seconds.
+  const double plainTime = secondsToFill(plain);
+  EXPECT_LT(secondsToFill(colliding), 0.2 + 10 * plainTime);
+}
+
+TEST(TOrderMap, KeepsTheOrderOfInsertionWhateverTheHash) {
+  std::vector<std::string> keys;
+  Map map;
+  for (std::uint64_t i = 0; i < 1000; ++i) {
+    keys.push_back(textWithStandardHash(i << 32));
+    map[keys.back()] = static_cast<int>(i);
+  }
+  EXPECT_EQ(keysOf(map), keys);
+  EXPECT_EQ(*map.find(keys[777]), 777);
+}
 
 }  // namespace
 }  // namespace zavri::base
