@@ -41,6 +41,7 @@ if(KORVAT_SANITIZE)
 endif()
 
 if(KORVAT_COVERAGE)
-  target_compile_options(korvat_compiling INTERFACE --coverage)
+  # Atomic: counters that threads share would else come out wrong, even negative.
+  target_compile_options(korvat_compiling INTERFACE --coverage -fprofile-update=atomic)
   target_link_options(korvat_compiling INTERFACE --coverage)
 endif()

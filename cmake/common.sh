@@ -1,7 +1,7 @@
 # Shared by run.sh, test.sh and .ci/run: the Debian packages that each needs, and how to get them.
 
 runPackages=(g++ cmake ninja-build ccache libexpat1-dev libboost-dev rapidjson-dev libcli11-dev)
-testPackages=("${runPackages[@]}" libgtest-dev libgmock-dev python3 python3-jsonschema)
+testPackages=("${runPackages[@]}" libgtest-dev libgmock-dev python3 python3-jsonschema zsh fish)
 fuzzPackages=("${runPackages[@]}" clang libclang-rt-14-dev llvm-14)
 ciPackages=("${testPackages[@]}" git libbenchmark-dev clang libclang-rt-14-dev llvm-14
   clang-format clang-tidy cppcheck valgrind gcovr pkgconf dpkg-dev mandoc doxygen)
