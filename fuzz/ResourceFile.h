@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <string>
 
 #include "fuzz/Fuzzing.h"
@@ -16,38 +17,42 @@
 
 namespace zavri::korvat::fuzz {
 
-// A catalogue of one file, in memory as far as the system has a folder for that. The library opens
-// files by name only, and twice; the file stays open here to be overwritten.
-class ResourceFile {
+// A catalogue of one set, in memory as far as the system has a folder for that. The library opens
+// files by name only, and twice; they stay open here to be overwritten.
+class ResourceFolder {
  public:
-  explicit ResourceFile(ResourceType kind) {
+  ResourceFolder() {
     namespace fs = std::filesystem;
     const fs::path memory = "/dev/shm";
     const fs::path parent = fs::is_directory(memory) ? memory : fs::temp_directory_path();
     _baseDir = parent / ("korvat-fuzz-" + std::to_string(::getpid()));
-    const fs::path folder = _baseDir / TypeId::StdPrefix;
-    fs::create_directories(folder);
-    const fs::path path = folder / (std::string(ResourceFileSet::getFileName(kind)) + ".xml");
-    _file = ::open(path.c_str(), O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, 0600);
-    require(_file >= 0);
+    fs::create_directories(_baseDir / TypeId::StdPrefix);
   }
-  ResourceFile(const ResourceFile&) = delete;
-  ResourceFile& operator=(const ResourceFile&) = delete;
-  ~ResourceFile() {
-    ::close(_file);
+  ResourceFolder(const ResourceFolder&) = delete;
+  ResourceFolder& operator=(const ResourceFolder&) = delete;
+  ~ResourceFolder() {
+    for (const auto& [kind, file] : _files) ::close(file);
     std::error_code ignored;
     std::filesystem::remove_all(_baseDir, ignored);
   }
 
-  void write(const std::uint8_t* data, std::size_t size) const {
-    require(::ftruncate(_file, 0) == 0);
-    require(::pwrite(_file, data, size, 0) == static_cast<ssize_t>(size));
+  // Makes those bytes the file of a kind.
+  void write(ResourceType kind, const void* data, std::size_t size) {
+    int& file = _files.try_emplace(kind, -1).first->second;
+    if (file < 0) {
+      const std::string name = std::string(ResourceFileSet::getFileName(kind)) + ".xml";
+      const std::filesystem::path path = _baseDir / TypeId::StdPrefix / name;
+      file = ::open(path.c_str(), O_CREAT | O_RDWR | O_TRUNC | O_CLOEXEC, 0600);
+      require(file >= 0);
+    }
+    require(::ftruncate(file, 0) == 0);
+    require(::pwrite(file, data, size, 0) == static_cast<ssize_t>(size));
   }
   std::string getBaseDir() const { return _baseDir.string(); }
 
  private:
   std::filesystem::path _baseDir;
-  int _file = -1;
+  std::map<ResourceType, int> _files;
 };
 
 // Does what applications do with a type that values have. Types may be huge: those are only
@@ -74,29 +79,32 @@ inline void useProfile(const FpType& profile) {
   }
 }
 
-// Loads an input as the file of that kind and uses its first types.
-inline int loadResourceFile(ResourceType kind, const std::uint8_t* data, std::size_t size) {
+// Uses the first types of a group.
+inline void useGroup(TypeManager& manager, const ResourceGroup& group) {
   constexpr int kMostTypes = 4;
-  static const ResourceFile file(kind);
-  silenceLogger();
-  file.write(data, size);
-
-  TypeManager manager("drv");
-  manager.setBaseDir(file.getBaseDir());
-  const ResourceGroup* const group =
-      manager.getResourceFileSet(TypeId::StdPrefix).getGroup(kind, true, &manager);
-  if (group == nullptr) return 0;
-
   int count = 0;
-  for (const auto& [name, type] : group->getTypesByName()) {
+  for (const auto& [name, type] : group.getTypesByName()) {
     if (++count > kMostTypes) break;
-    require(group->getType(name) == type.get());
+    require(group.getType(name) == type.get());
     if (const auto* varType = dynamic_cast<const VarType*>(type.get())) {
       useVarType(manager, *varType);
     } else if (const auto* profile = dynamic_cast<const FpType*>(type.get())) {
       useProfile(*profile);
     }
   }
+}
+
+// Loads an input as the file of that kind and uses what is in it.
+inline int loadResourceFile(ResourceType kind, const std::uint8_t* data, std::size_t size) {
+  static ResourceFolder folder;
+  silenceLogger();
+  folder.write(kind, data, size);
+
+  TypeManager manager("drv");
+  manager.setBaseDir(folder.getBaseDir());
+  const ResourceGroup* const group =
+      manager.getResourceFileSet(TypeId::StdPrefix).getGroup(kind, true, &manager);
+  if (group != nullptr) useGroup(manager, *group);
   return 0;
 }
 

@@ -5,9 +5,9 @@
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <sstream>
 #include <stdexcept>
 
+#include "fuzz/CatalogueItems.h"
 #include "fuzz/Fuzzing.h"
 #include "korvat/base/Value.h"
 
@@ -41,38 +41,9 @@ class Seeds {
   std::map<std::string, unsigned> _counts;
 };
 
-std::string readFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  if (!file) throw std::runtime_error("cannot read " + path);
-  return text.str();
-}
-
-// Without what stands between elements for the reader's sake.
-std::string dropIndentation(const std::string& xml) {
-  std::string text;
-  for (std::size_t i = 0; i < xml.size(); ++i) {
-    if (xml[i] == '\n') i = xml.find_first_not_of(" \n", i);
-    text += xml[i];
-  }
-  return text;
-}
-
-// Each item of a file of the catalogue in a file of its own, with the first of the strings.
-void addResourceFiles(Seeds& seeds, const std::string& target, const std::string& tag) {
-  const std::string folder = std::string(KORVAT_SOURCE_CATALOG) + "/" + TypeId::StdPrefix;
-  const std::string text = readFile(folder + "/" + target + ".xml");
-  const std::string end = "</" + tag + ">";
-  std::size_t begin = text.find("<" + tag + " ");
-  while (begin != std::string::npos) {
-    const std::size_t size = text.find(end, begin) + end.size() - begin;
-    seeds.add(target,
-              "<ldrf><control><folder>" + TypeId::StdPrefix +
-                  "</folder></control><strings><string id=\"u_A\">amperes</string></strings>"
-                  "<items>" +
-                  dropIndentation(text.substr(begin, size)) + "</items></ldrf>");
-    begin = text.find("<" + tag + " ", begin + size);
+void addResourceFiles(Seeds& seeds, ResourceType kind) {
+  for (const std::string& file : fuzz::splitCatalogue(kind)) {
+    seeds.add(ResourceFileSet::getFileName(kind), file);
   }
 }
 
@@ -143,10 +114,10 @@ int main(int argc, char** argv) {
   }
   try {
     Seeds seeds(argv[1]);
-    addResourceFiles(seeds, "enums", "enumt");
-    addResourceFiles(seeds, "nvs", "nvt");
-    addResourceFiles(seeds, "cps", "cpt");
-    addResourceFiles(seeds, "fps", "fpt");
+    addResourceFiles(seeds, ResourceType::Enum);
+    addResourceFiles(seeds, ResourceType::Nv);
+    addResourceFiles(seeds, ResourceType::Cp);
+    addResourceFiles(seeds, ResourceType::Fp);
     for (std::size_t i = 0; i < getTypes().all.size(); ++i) addValues(seeds, i);
     addTypeIds(seeds);
   } catch (const std::exception& error) {

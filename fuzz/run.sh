@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Runs fuzz targets: fuzz/run.sh TARGET|all [SECONDS], each for that long (60). First come the inputs
-# of fuzz/findings/TARGET, which failed once, then those of fuzz/corpus/TARGET and the seeds that
-# are made of the catalogue. What a run adds to its corpus stays in build/fuzz/corpus/TARGET, what
+# Runs fuzz targets: fuzz/run.sh TARGET|all [SECONDS], each for that long (60); or damages resource
+# files: fuzz/run.sh mutate [FILES] [SEED]. The first inputs of a target are those
+# of fuzz/findings/TARGET, which failed once, then come those of fuzz/corpus/TARGET and the seeds
+# that are made of the catalogue. What a run adds to its corpus stays in build/fuzz/corpus/TARGET, what
 # it finds in build/fuzz/findings/TARGET: once it is fixed, the input moves to fuzz/findings/TARGET.
 set -euo pipefail
 
@@ -54,10 +55,10 @@ splitLines() {
   done <"$1"
 }
 
-wanted=${1:?usage: fuzz/run.sh TARGET|all [SECONDS]}
+wanted=${1:?usage: fuzz/run.sh TARGET|all [SECONDS] | mutate [FILES] [SEED]}
 seconds=${2:-60}
-[[ $wanted == all || $targets == *"  $wanted "* ]] ||
-  fail "unknown target '$wanted'; expected all or one of: $(awk '{print $1}' <<<"$targets" | xargs)"
+[[ $wanted == all || $wanted == mutate || $targets == *"  $wanted "* ]] ||
+  fail "unknown target '$wanted'; expected all, mutate or one of: $(awk '{print $1}' <<<"$targets" | xargs)"
 
 installPackages "${fuzzPackages[@]}"
 buildPreset fuzz
@@ -67,6 +68,17 @@ splitLines tests/data/formats.txt build/fuzz/seeds/format
 # Shorter stacks of allocations and a smaller quarantine: more inputs a second.
 export ASAN_OPTIONS=malloc_context_size=4:quarantine_size_mb=64:${ASAN_OPTIONS:-}
 export UBSAN_OPTIONS=print_stacktrace=1:${UBSAN_OPTIONS:-}
+# In a folder of its own: it keeps what it finds in the current one.
+mutateFiles() {
+  local findings=build/fuzz/findings/mutate
+  mkdir -p "$findings"
+  (cd "$findings" && ../../bin/fuzz_mutate "$1" "$2")
+}
+
+if [[ $wanted == mutate ]]; then
+  mutateFiles "${2:-20000}" "${3:-1}"
+  exit
+fi
 while read -r target maxSize dictionary; do
   [[ -n $target && ($wanted == all || $wanted == "$target") ]] || continue
   echo "== $target"
