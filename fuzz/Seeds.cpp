@@ -98,8 +98,10 @@ void addValues(Seeds& seeds, std::size_t typeNumber) {
 
 void addTypeIds(Seeds& seeds) {
   const std::string none("\2\0", 2);
+  const std::string lookedUp("\xFC\0", 2);
   for (const VarType* type : getTypes().all) {
     seeds.add("typeid", none + type->getTypeId().toString());
+    seeds.add("typeid", lookedUp + type->getTypeId().toString());
   }
   seeds.add("typeid", none + "/~/type/dp/drv/0000000000000000-0/SNVT_temp_p");
   seeds.add("typeid", std::string("\4") + "8000010501638500-5" + '\0' + "SFPTclosedLoopActuator");
