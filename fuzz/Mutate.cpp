@@ -255,8 +255,9 @@ class Campaign {
     std::string text = _random.choose(_items[kind]);
     const std::size_t damage = chooseDamage(_random);
     kDamages[damage].inflict(text, _random);
-    if (!text.empty() && _random.below(4) == 0)
+    if (!text.empty() && _random.below(4) == 0) {
       kDamages[chooseDamage(_random)].inflict(text, _random);
+    }
 
     _folder.write(kKinds[kind], text.data(), text.size());
     const double start = processorSeconds();
