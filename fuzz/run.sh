@@ -1,32 +1,86 @@
 #!/usr/bin/env bash
-# Runs a fuzz target for a while: fuzz/run.sh format [SECONDS]. What it finds stays in
-# build/fuzz/findings/TARGET; a finding that was fixed becomes a row of a test.
+# Runs fuzz targets: fuzz/run.sh TARGET|all [SECONDS], each for that long (60); or damages resource
+# files: fuzz/run.sh mutate [FILES] [SEED]. The first inputs of a target are those
+# of fuzz/findings/TARGET, which failed once, then come those of fuzz/corpus/TARGET and the seeds
+# that are made of the catalogue. What a run adds to its corpus stays in build/fuzz/corpus/TARGET, what
+# it finds in build/fuzz/findings/TARGET: once it is fixed, the input moves to fuzz/findings/TARGET.
 set -euo pipefail
 
 cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.."
 source cmake/common.sh
 
-target=${1:?usage: fuzz/run.sh TARGET [SECONDS]}
-seconds=${2:-60}
-corpus=build/fuzz/corpus/$target
-findings=build/fuzz/findings/$target
+# name, bytes of the longest input, dictionary
+targets="
+  format 256 format.dict
+  typeid 48 -
+  rawtojson 48 -
+  jsontoraw 160 json.dict
+  packet 48 -
+  member 64 -
+  stream 200 json.dict
+  enums 320 xml.dict
+  nvs 420 xml.dict
+  cps 400 xml.dict
+  fps 500 xml.dict
+"
+
+runTarget() {
+  local target=$1 maxSize=$2 dictionary=$3 seconds=$4
+  local corpus=build/fuzz/corpus/$target findings=build/fuzz/findings/$target
+  local options=(-max_len="$maxSize" -timeout=10 -rss_limit_mb=2048 -entropic=0
+    -artifact_prefix="$findings/" -print_final_stats=1)
+  [[ $dictionary == - ]] || options+=(-dict="fuzz/$dictionary")
+  mkdir -p "$corpus" "$findings"
+
+  local known
+  known=$(find fuzz/findings/"$target" -type f 2>/dev/null || true)
+  if [[ -n $known ]]; then
+    # Files one by one run as they are, whatever their size.
+    mapfile -t known <<<"$known"
+    "build/fuzz/bin/fuzz_$target" -timeout=10 "${known[@]}"
+  fi
+  local stored=()
+  [[ ! -d fuzz/corpus/$target ]] || stored=("fuzz/corpus/$target")
+  "build/fuzz/bin/fuzz_$target" "${options[@]}" -max_total_time="$seconds" \
+    "$corpus" "${stored[@]}" "build/fuzz/seeds/$target"
+}
 
 # One file for each line of a text.
 splitLines() {
   local line number=0
+  mkdir -p "$2"
   while IFS= read -r line; do
     number=$((number + 1))
-    printf '%s' "$line" >"$corpus/seed-$number"
+    printf '%s' "$line" >"$2/seed-$number"
   done <"$1"
 }
 
+wanted=${1:?usage: fuzz/run.sh TARGET|all [SECONDS] | mutate [FILES] [SEED]}
+seconds=${2:-60}
+[[ $wanted == all || $wanted == mutate || $targets == *"  $wanted "* ]] ||
+  fail "unknown target '$wanted'; expected all, mutate or one of: $(awk '{print $1}' <<<"$targets" | xargs)"
+
 installPackages "${fuzzPackages[@]}"
 buildPreset fuzz
-mkdir -p "$corpus" "$findings"
-case $target in
-  format) splitLines tests/data/formats.txt ;;
-  *) fail "unknown target '$target'; expected format" ;;
-esac
-exec "build/fuzz/bin/fuzz_$target" "$corpus" -dict="fuzz/$target.dict" \
-  -artifact_prefix="$findings/" -max_total_time="$seconds" -timeout=2 -rss_limit_mb=1024 \
-  -print_final_stats=1
+build/fuzz/bin/fuzz_seeds build/fuzz/seeds
+splitLines tests/data/formats.txt build/fuzz/seeds/format
+
+# Shorter stacks of allocations and a smaller quarantine: more inputs a second.
+export ASAN_OPTIONS=malloc_context_size=4:quarantine_size_mb=64:${ASAN_OPTIONS:-}
+export UBSAN_OPTIONS=print_stacktrace=1:${UBSAN_OPTIONS:-}
+# In a folder of its own: it keeps what it finds in the current one.
+mutateFiles() {
+  local findings=build/fuzz/findings/mutate
+  mkdir -p "$findings"
+  (cd "$findings" && ../../bin/fuzz_mutate "$1" "$2")
+}
+
+if [[ $wanted == mutate ]]; then
+  mutateFiles "${2:-20000}" "${3:-1}"
+  exit
+fi
+while read -r target maxSize dictionary; do
+  [[ -n $target && ($wanted == all || $wanted == "$target") ]] || continue
+  echo "== $target"
+  runTarget "$target" "$maxSize" "$dictionary" "$seconds"
+done <<<"$targets"

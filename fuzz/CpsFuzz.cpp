@@ -1,0 +1,9 @@
+// Resource files of configuration property types: any bytes load or are refused, and what was
+// loaded can be used.
+
+#include "fuzz/ResourceFile.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace zavri::korvat;
+  return fuzz::loadResourceFile(ResourceType::Cp, data, size);
+}

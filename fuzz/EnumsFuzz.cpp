@@ -1,0 +1,8 @@
+// Resource files of enumerations: any bytes load or are refused, and what was loaded can be used.
+
+#include "fuzz/ResourceFile.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace zavri::korvat;
+  return fuzz::loadResourceFile(ResourceType::Enum, data, size);
+}
