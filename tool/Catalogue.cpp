@@ -141,24 +141,32 @@ const BaseType& Catalogue::findType(const std::string& text) {
   return *type;
 }
 
-Failure Catalogue::unknownType(const std::string& text, const TypeId& id) {
-  const std::size_t slash = text.rfind('/');
-  const std::string given = slash == std::string::npos ? text : text.substr(slash + 1);
-  const std::string reason = takeReason();
-  std::vector<std::string> names;
-  std::vector<std::string> elsewhere;  // the same name in other sets
+const Catalogue::TypeNames& Catalogue::getTypeNames() {
+  if (!_typeNames.all.empty()) return _typeNames;
   for (const ResourceType kind :
        {ResourceType::Nv, ResourceType::Cp, ResourceType::Enum, ResourceType::Fp}) {
     for (const ResourceGroup* group : findGroups(kind)) {
       for (const auto& [key, type] : group->getTypesByName()) {
         const std::string name = displayName(*type);
-        if (name == given) elsewhere.push_back(nameOf(*type));
-        if (nameOf(*type) == name) names.push_back(name);
+        const std::string called = nameOf(*type);
+        if (called == name) _typeNames.bare.push_back(name);
+        _typeNames.all.emplace(name, called);
       }
     }
   }
+  return _typeNames;
+}
+
+Failure Catalogue::unknownType(const std::string& text, const TypeId& id) {
+  const std::size_t slash = text.rfind('/');
+  const std::string given = slash == std::string::npos ? text : text.substr(slash + 1);
+  const std::string reason = takeReason();
+  const TypeNames& names = getTypeNames();
+  std::vector<std::string> elsewhere;  // the same name in other sets
+  const auto [first, last] = names.all.equal_range(given);
+  for (auto name = first; name != last; ++name) elsewhere.push_back(name->second);
   const std::vector<std::string> nearest =
-      elsewhere.empty() ? findNearest(given, names) : elsewhere;
+      elsewhere.empty() ? findNearest(given, names.bare) : elsewhere;
   // A name that begins like no other kind is taken for an enumeration's.
   const ResourceType kind = id ? id.getType() : ResourceType::Enum;
   const std::string what =

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -75,6 +76,14 @@ class Catalogue {
     bool hasUnion = false;
   };
 
+  // What all types of the catalogue are called, for those who misspelt one.
+  struct TypeNames {
+    std::vector<std::string> bare;
+    std::multimap<std::string, std::string> all;  // bare name to what nameOf() says
+  };
+
+  // Made the first time: a stream may ask with every record.
+  const TypeNames& getTypeNames();
   Failure unknownType(const std::string& text, const TypeId& id);
   const Facts& getFacts(const VarType& type);
   Failure encodeFailure(const VarType& type, const json::Value& value,
@@ -94,6 +103,7 @@ class Catalogue {
   base::Logger::Sink _previousSink;
   base::Logger::Level _previousLevel;
   std::unordered_map<const VarType*, Facts> _facts;
+  TypeNames _typeNames;
 };
 
 // "SNVT_temp_p": the name of a type as people write it.

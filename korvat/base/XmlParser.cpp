@@ -9,8 +9,7 @@ namespace zavri::xml {
 
 namespace {
 
-constexpr int kBlockSize = 64 * 1024;            // bytes read at a time
-constexpr int kMaxBlockSize = 64 * 1024 * 1024;  // the same within a very long tag or comment
+constexpr int kBlockSize = 64 * 1024;  // bytes read at a time
 
 }  // namespace
 
@@ -139,6 +138,7 @@ void XmlParser::readStream(std::istream& stream) {
   if (!stream) return fail("unreadable stream");
 
   int blockSize = kBlockSize;
+  XML_Index size = 0;
   XML_Index position = 0;
   for (bool isLast = false; !isLast;) {
     void* const block = XML_GetBuffer(_expat->parser, blockSize);
@@ -148,8 +148,9 @@ void XmlParser::readStream(std::istream& stream) {
     if (stream.bad()) return fail("unreadable stream");
 
     isLast = !stream;
-    const auto size = static_cast<int>(stream.gcount());
-    const XML_Status status = XML_ParseBuffer(_expat->parser, size, isLast ? 1 : 0);
+    const auto count = static_cast<int>(stream.gcount());
+    size += count;
+    const XML_Status status = XML_ParseBuffer(_expat->parser, count, isLast ? 1 : 0);
     if (_exception) std::rethrow_exception(_exception);
     if (isEnding()) return;
     if (status != XML_STATUS_OK) {
@@ -159,9 +160,13 @@ void XmlParser::readStream(std::istream& stream) {
     }
 
     // The parser scans an unfinished tag or comment again with every block: larger blocks keep the
-    // work in proportion to the document.
+    // work in proportion to the document. Attributes take many times their size, so there is an
+    // end.
     const XML_Index newPosition = XML_GetCurrentByteIndex(_expat->parser);
-    blockSize = newPosition == position ? std::min(2 * blockSize, kMaxBlockSize) : kBlockSize;
+    if (size - newPosition > kMaxTagSize) {
+      return fail("more than " + std::to_string(kMaxTagSize) + " bytes in one tag or comment");
+    }
+    blockSize = newPosition == position ? 2 * blockSize : kBlockSize;
     position = newPosition;
   }
 }

@@ -68,6 +68,7 @@ const char* ResourceBuilder::modeName(std::uint32_t mode) {
 bool ResourceBuilder::load(const std::string& path, bool warnIfMissing) {
   Logger::trace("[ResourceBuilder::load] %s\n", path.c_str());
   _strings.clear();
+  _isOutOfMemory = false;
   prepare(M_CollectStrings);
   if (!runPass(path, warnIfMissing)) return false;
 
@@ -98,11 +99,8 @@ bool ResourceBuilder::runPass(const std::string& path, bool warnIfMissing) {
   try {
     if (parse(file) == State::Complete) return true;
     Logger::warning("[ResourceBuilder][%s] could not parse file '%s'\n", mode, path.c_str());
-  } catch (const std::bad_alloc& exception) {
-    Logger::warning("[ResourceBuilder][%s] std-exception while parsing file '%s': %s\n", mode,
-                    path.c_str(), exception.what());
-    throw;  // the file is not at fault: whoever needs its types must not take them for missing
   } catch (const std::exception& exception) {
+    _isOutOfMemory = dynamic_cast<const std::bad_alloc*>(&exception) != nullptr;
     Logger::warning("[ResourceBuilder][%s] std-exception while parsing file '%s': %s\n", mode,
                     path.c_str(), exception.what());
   } catch (const char* text) {

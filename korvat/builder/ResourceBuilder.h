@@ -43,8 +43,11 @@ class ResourceBuilder : private xml::XmlParser, public BuilderMaster {
   // Loads one file. False, with a warning, when it cannot be opened (the warning only if asked
   // for; a pipe, a device or a socket is never opened) or is broken. Text that is no XML fails
   // before any item is read; where the items themselves end the load, those before were added all
-  // the same. Throws std::bad_alloc, with the warning, when memory runs out.
+  // the same.
   bool load(const std::string& path, bool warnIfMissing);
+
+  // True when memory ran out while the last file was parsed: it is not at fault then.
+  bool isOutOfMemory() const { return _isOutOfMemory; }
 
   // Line, from 1, that the load has reached.
   using xml::XmlParser::getLine;
@@ -87,6 +90,7 @@ class ResourceBuilder : private xml::XmlParser, public BuilderMaster {
 
   ResourceFileSet& _fileSet;
   Mode _mode = M_CollectStrings;
+  bool _isOutOfMemory = false;
   std::uint32_t _state = 0;
   ResourceType _builderKind = ResourceType::Invalid;  // of the items that _itemBuilder builds
   std::map<std::string, std::string> _strings;        // text by id

@@ -1,6 +1,7 @@
 #include "korvat/types/ResourceFileSet.h"
 
 #include <array>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -186,6 +187,8 @@ bool ResourceFileSet::loadResources(ResourceType type, bool showWarnings,
   const bool isLoaded = builder.load(path, showWarnings);
   _builderUnderWay = nullptr;
   _groupUnderWay = ResourceType::Invalid;
+  // Whoever needs the types must not take them for missing.
+  if (builder.isOutOfMemory()) throw std::bad_alloc();
   if (!isLoaded) return false;
   if (type == ResourceType::Nv || type == ResourceType::Cp) {
     finishVarTypes(**findSlot(type), typeManager);

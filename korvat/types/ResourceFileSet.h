@@ -37,7 +37,7 @@ class KORVAT_API ResourceFileSet {
   // The group of that kind, loaded now if it was not; null when its file is missing or broken (the
   // next call tries again) and for Invalid. `showWarnings` also reports a missing file. The display
   // formats of a group that is loaded now may show members of other types: `typeManager` finds
-  // those; without it they count as missing.
+  // those; without it they count as missing. Throws std::bad_alloc when memory runs out.
   const ResourceGroup* getGroup(ResourceType type, bool showWarnings,
                                 TypeManager* typeManager = nullptr);
 

@@ -13,11 +13,14 @@
 #include "korvat/base/OrderMap.h"
 #include "korvat/base/Value.h"
 #include "korvat/base/XmlParser.h"
+#include "korvat/builder/ResourceBuilder.h"
 #include "korvat/format/Format.h"
 #include "korvat/types/CpType.h"
 #include "korvat/types/EnumType.h"
 #include "korvat/types/FpType.h"
+#include "korvat/types/ResourceFileSet.h"
 #include "korvat/types/TypeManager.h"
+#include "tests/LogCapture.h"
 #include "tests/TempCatalogue.h"
 #include "tests/convert/TypeXml.h"
 #include "tests/faults/Faults.h"
@@ -200,6 +203,35 @@ TEST_P(MemoryFaultTest, LeavesNothingHalfReadWhenALoadFails) {
         EXPECT_EQ(test::countLiveBlocks(), liveBlocks);
       });
   EXPECT_GT(requestCount, 500u);
+}
+
+TEST_P(MemoryFaultTest, FailsThePassWithAWarningAndSaysThatMemoryRanOut) {
+  TypeManager manager = _catalogue.makeManager();
+  const std::string path = manager.getBaseDir() + "/" + TypeId::StdPrefix + "/enums.xml";
+  const std::string warning = "while parsing file '" + path + "': std::bad_alloc\n";
+  int failedPassCount = 0;
+  bool isLoaded = false;
+  for (std::size_t n = 1; n < kMostRequests && !isLoaded; ++n) {
+    SCOPED_TRACE("request " + std::to_string(n));
+    // None of the manager's sets, and so without a group that could take the items.
+    ResourceFileSet fileSet(&manager, TypeId::StdPrefix);
+    builder::ResourceBuilder builder(fileSet);
+    test::LogCapture log(Logger::Warning);
+    try {
+      const MemoryFault fault(n, Shortage::Once);
+      isLoaded = builder.load(path, true);
+    } catch (const std::bad_alloc&) {  // before the file is open, or where it was to be reported
+      continue;
+    }
+    EXPECT_EQ(isLoaded, !MemoryFault::hasStruck());
+    EXPECT_EQ(builder.isOutOfMemory(), !isLoaded);
+    if (isLoaded) break;
+    ++failedPassCount;
+    ASSERT_EQ(log.texts().size(), 1u);
+    EXPECT_NE(log.texts()[0].find(warning), std::string::npos) << log.texts()[0];
+  }
+  EXPECT_TRUE(isLoaded);
+  EXPECT_GT(failedPassCount, 50);
 }
 
 // --- Conversion ---
