@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "bench/Heap.h"
 #include "bench/Sample.h"
 #include "korvat/types/ResourceFileSet.h"
 #include "tests/TempCatalogue.h"
@@ -110,7 +111,7 @@ void parse(benchmark::State& state, MakeType makeType, Size size) {
 }
 
 void loadTypes(benchmark::State& state, Size size) {
-  const unsigned count = size == Size::Small ? 200 : 2000;
+  const unsigned count = size == Size::Small ? 1000 : 10000;
   std::string types;
   for (unsigned i = 0; i < count; ++i) {
     const std::string number = std::to_string(i);
@@ -122,14 +123,19 @@ void loadTypes(benchmark::State& state, Size size) {
   }
   test::TempCatalogue files;
   files.write(TypeId::StdPrefix, "nvs", types);
-  for (auto _ : state) {
-    TypeManager manager = files.makeManager();
+  const auto load = [count](TypeManager& manager) {
     const ResourceGroup* group =
         manager.getResourceFileSet(TypeId::StdPrefix).getGroup(ResourceType::Nv, true, &manager);
-    if (group == nullptr || group->getTypesByName().size() != count) {
-      state.SkipWithError("not loaded");
-    }
+    return group != nullptr && group->getTypesByName().size() == count;
+  };
+  for (auto _ : state) {
+    TypeManager manager = files.makeManager();
+    if (!load(manager)) return state.SkipWithError("not loaded");
   }
+  TypeManager manager = files.makeManager();
+  const std::size_t before = getHeapSize();
+  if (!load(manager)) return state.SkipWithError("not loaded");
+  state.counters["heap bytes/type"] = static_cast<double>(getHeapSize() - before) / count;
   const auto byteCount =
       std::filesystem::file_size(files.path() + "/" + TypeId::StdPrefix + "/nvs.xml");
   state.SetBytesProcessed(static_cast<std::int64_t>(byteCount) *

@@ -1,12 +1,12 @@
 #include <benchmark/benchmark.h>
 #include <expat.h>
-#include <malloc.h>
 
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
+#include "bench/Heap.h"
 #include "korvat/types/ResourceFileSet.h"
 #include "korvat/types/TypeManager.h"
 
@@ -42,12 +42,6 @@ std::size_t parseFile(const std::string& path) {
 
 std::string pathOf(const char* file) {
   return kBaseDir + "/" + TypeId::StdPrefix + "/" + file + ".xml";
-}
-
-// Bytes that are allocated on the heap at the moment.
-std::size_t getHeapSize() {
-  const struct mallinfo2 info = mallinfo2();
-  return info.uordblks + info.hblkhd;
 }
 
 bool loadAll(TypeManager& manager) {

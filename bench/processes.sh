@@ -2,8 +2,9 @@
 # Times whole processes of korvat beside other programs:
 #   bench/processes.sh KORVAT STREAM_BASELINE [RECORDS]
 # with the paths of an installed korvat and of build/release/bin/korvat_stream_baseline.
-# Prints case, korvat, baseline and their ratio; times are medians of 9 runs in turn. Needs protoc for
-# the last case.
+# Prints case, korvat, baseline and their ratio; times are medians of 9 runs in turn. "10 x records" has
+# korvat itself with a tenth of the records as its baseline. Then the peak memory of both lengths. Needs
+# protoc for one case, and Python for the memory.
 set -euo pipefail
 
 korvat=$(realpath "$1")
@@ -54,6 +55,10 @@ encodeToFile() { "$korvat" encode --stream < values.json > out.json; }
 parseValuesToFile() { "$baseline" < values.json > out.json; }
 encodeToPipe() { "$korvat" encode --stream < values.json | cat > out.json; }
 parseValuesToPipe() { "$baseline" < values.json | cat > out.json; }
+head -n "$((records / 10))" raw.json > raw10.json
+head -n "$((records / 10))" values.json > values10.json
+decodeTenth() { "$korvat" decode --stream < raw10.json > out.json; }
+encodeTenth() { "$korvat" encode --stream < values10.json > out.json; }
 decodeOne() { "$korvat" decode SNVT_switch C801 > out.json; }
 decodeOneMessage() { protoc --decode=Switch switch.proto < switch.bin > out.json; }
 
@@ -84,6 +89,22 @@ compare "decode --stream to a file" decodeToFile parseToFile
 compare "decode --stream into a pipe" decodeToPipe parseToPipe
 compare "encode --stream to a file" encodeToFile parseValuesToFile
 compare "encode --stream into a pipe" encodeToPipe parseValuesToPipe
+compare "10 x records, decode --stream" decodeToFile decodeTenth
+compare "10 x records, encode --stream" encodeToFile encodeTenth
 if command -v protoc > /dev/null; then
   compare "decode one value" decodeOne decodeOneMessage
 fi
+
+# MiB that a stream command took at most.
+peakOf() {
+  python3 -c '
+import resource, subprocess, sys
+subprocess.run([sys.argv[1], sys.argv[2], "--stream"], stdin=open(sys.argv[3]), stdout=subprocess.DEVNULL, check=True)
+print("%.1f" % (resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss / 1024))' "$korvat" "$1" "$2"
+}
+
+echo
+echo "| Peak memory, MiB | $records records | $((records / 10)) records |"
+echo "|---|---:|---:|"
+echo "| decode --stream | $(peakOf decode raw.json) | $(peakOf decode raw10.json) |"
+echo "| encode --stream | $(peakOf encode values.json) | $(peakOf encode values10.json) |"

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 
 #include "tool/Failure.h"
 
@@ -16,16 +17,16 @@ constexpr std::size_t kBlockSize = std::size_t{256} * 1024;  // bytes read at on
 }  // namespace
 
 void LineReader::read(const LineCallback& onLine, const PauseCallback& onPause) {
-  std::string block(kBlockSize, '\0');
+  const auto block = std::make_unique_for_overwrite<char[]>(kBlockSize);
   while (true) {
-    const ssize_t size = ::read(STDIN_FILENO, block.data(), block.size());
+    const ssize_t size = ::read(STDIN_FILENO, block.get(), kBlockSize);
     if (size < 0 && errno == EINTR) continue;
     if (size < 0) {
       throw Failure(kProblem, std::string("cannot read standard input: ") + std::strerror(errno));
     }
     if (size == 0) break;
     _byteCount += static_cast<std::uint64_t>(size);
-    if (!takeBlock({block.data(), static_cast<std::size_t>(size)}, onLine)) return;
+    if (!takeBlock({block.get(), static_cast<std::size_t>(size)}, onLine)) return;
     if (!onPause()) return;
   }
   if (!_rest.empty() && !onLine(_rest)) return;

@@ -14,23 +14,36 @@ constexpr std::size_t kMostNames = 3;     // that may have been meant
 constexpr std::size_t kMostJoined = 30;   // in a list of all names
 constexpr std::size_t kShortestPart = 3;  // characters that a name may be found by
 
-// Fewest typing mistakes between two texts (optimal string alignment).
-std::size_t countMistakes(const std::string& a, const std::string& b) {
-  std::vector<std::size_t> beforeLast(b.size() + 1);
-  std::vector<std::size_t> last(b.size() + 1);
-  std::vector<std::size_t> row(b.size() + 1);
-  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+// Fewest typing mistakes between two texts (optimal string alignment), or `most` + 1 when there are
+// more than `most`. Only alignments that shift the texts by up to `most` can have so few, and most
+// names are done after as many characters.
+std::size_t countMistakes(const std::string& a, const std::string& b, std::size_t most) {
+  const std::size_t tooMany = most + 1;
+  if (std::max(a.size(), b.size()) - std::min(a.size(), b.size()) > most) return tooMany;
+
+  std::vector<std::size_t> beforeLast(b.size() + 1, tooMany);
+  std::vector<std::size_t> last(b.size() + 1, tooMany);
+  std::vector<std::size_t> row(b.size() + 1, tooMany);
+  for (std::size_t j = 0; j <= std::min(b.size(), most); ++j) row[j] = j;
+  std::size_t fewestBefore = 0;
   for (std::size_t i = 1; i <= a.size(); ++i) {
     beforeLast.swap(last);
     last.swap(row);
-    row[0] = i;
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t isWrong = a[i - 1] == b[j - 1] ? 0 : 1;
-      row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + isWrong});
+    const std::size_t first = i > most ? i - most : 0;
+    std::size_t fewest = tooMany;
+    for (std::size_t j = first; j <= std::min(b.size(), i + most); ++j) {
+      std::size_t count = last[j] + 1;
+      if (j > first) count = std::min(count, row[j - 1] + 1);
+      if (j > 0) count = std::min(count, last[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1));
       if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
-        row[j] = std::min(row[j], beforeLast[j - 2] + 1);
+        count = std::min(count, beforeLast[j - 2] + 1);
       }
+      row[j] = std::min(count, tooMany);
+      fewest = std::min(fewest, row[j]);
     }
+    // A swap of two characters starts from the row before the last.
+    if (fewest == tooMany && fewestBefore == tooMany) return tooMany;
+    fewestBefore = fewest;
   }
   return row[b.size()];
 }
@@ -48,13 +61,9 @@ std::vector<std::string> findNearest(const std::string& given,
   for (const std::string& name : names) {
     const std::string candidate = lowered(name);
     const bool isPart = text.size() >= kShortestPart && candidate.find(text) != std::string::npos;
-    const std::size_t longer = std::max(candidate.size(), text.size());
-    std::size_t mistakes = mostMistakes + 1;
-    if (longer - std::min(candidate.size(), text.size()) <= mostMistakes) {
-      mistakes = countMistakes(text, candidate);
-    }
+    const std::size_t mistakes = countMistakes(text, candidate, mostMistakes);
     if (mistakes <= mostMistakes || isPart) {
-      found.emplace_back(std::min(mistakes, mostMistakes + 1), name.size(), name);
+      found.emplace_back(mistakes, name.size(), name);
     }
   }
   std::sort(found.begin(), found.end());

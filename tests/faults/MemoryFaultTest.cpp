@@ -214,7 +214,7 @@ TEST_P(MemoryFaultTest, FailsThePassWithAWarningAndSaysThatMemoryRanOut) {
   for (std::size_t n = 1; n < kMostRequests && !isLoaded; ++n) {
     SCOPED_TRACE("request " + std::to_string(n));
     // None of the manager's sets, and so without a group that could take the items.
-    ResourceFileSet fileSet(&manager, TypeId::StdPrefix);
+    ResourceFileSet fileSet(&manager, TypeId::StdPrefix.c_str());
     builder::ResourceBuilder builder(fileSet);
     test::LogCapture log(Logger::Warning);
     try {
