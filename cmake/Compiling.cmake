@@ -14,11 +14,12 @@ set(sanitizerIgnoreList ${PROJECT_SOURCE_DIR}/cmake/sanitizers.ignore)
 
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+  # Without the first, nothing that uses a precompiled header would be kept.
+  set(ccacheSettings CCACHE_SLOPPINESS=pch_defines,time_macros)
   if(KORVAT_SANITIZE)
-    list(PREPEND CMAKE_CXX_COMPILER_LAUNCHER
-      ${CMAKE_COMMAND} -E env CCACHE_EXTRAFILES=${sanitizerIgnoreList})
+    list(APPEND ccacheSettings CCACHE_EXTRAFILES=${sanitizerIgnoreList})
   endif()
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env ${ccacheSettings} ${CCACHE_PROGRAM})
 endif()
 
 # Linked privately into each of our targets, so that a project which includes this one keeps its own

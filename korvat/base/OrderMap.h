@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -26,6 +27,15 @@ class TOrderMap {
  public:
   using Entry = std::pair<std::string, T>;
   using const_iterator = typename std::vector<Entry>::const_iterator;
+
+  TOrderMap() = default;
+  TOrderMap(const TOrderMap& other)
+      : _entries(other._entries),
+        _index(other._index ? std::make_unique<Index>(*other._index) : nullptr) {}
+  TOrderMap(TOrderMap&&) noexcept = default;
+  TOrderMap& operator=(const TOrderMap& other) { return *this = TOrderMap(other); }
+  TOrderMap& operator=(TOrderMap&&) noexcept = default;
+  ~TOrderMap() = default;
 
   std::size_t size() const { return _entries.size(); }
   bool empty() const { return _entries.empty(); }
@@ -66,8 +76,7 @@ class TOrderMap {
 
   void clear() {
     _entries.clear();
-    _slots.clear();
-    _isKeyed = false;
+    _index.reset();
   }
 
  private:
@@ -76,34 +85,43 @@ class TOrderMap {
   // Steps of one insertion through the index beyond which chance is no explanation.
   static constexpr std::size_t kMaxSteps = 128;
 
-  std::size_t findPosition(std::string_view key) const {
-    if (_slots.empty()) {
-      for (std::size_t i = 0; i < _entries.size(); ++i) {
-        if (_entries[i].first == key) return i;
-      }
-      return kAbsent;
-    }
-    const Slot& found = _slots[findSlot(key, hashOf(key))];
-    return found.entry == 0 ? kAbsent : found.entry - 1;
-  }
-
   // One place of the hash index. The hash tells most other keys apart without a look at them.
   struct Slot {
     std::uint32_t entry = 0;  // position + 1; 0 where free
     std::uint32_t hash = 0;
   };
 
-  std::uint32_t hashOf(std::string_view key) const {
-    return static_cast<std::uint32_t>(_isKeyed ? hashText(key)
-                                               : std::hash<std::string_view>()(key));
+  // Hash index with linear probing.
+  struct Index {
+    explicit Index(std::size_t slotCount) : slots(slotCount) {}
+
+    std::uint32_t hash(std::string_view key) const {
+      return static_cast<std::uint32_t>(isKeyed ? hashText(key)
+                                                : std::hash<std::string_view>()(key));
+    }
+
+    std::vector<Slot> slots;  // a power of two, at least half of them free
+    bool isKeyed = false;     // the hash is hashText()
+  };
+
+  std::size_t findPosition(std::string_view key) const {
+    if (!_index) {
+      for (std::size_t i = 0; i < _entries.size(); ++i) {
+        if (_entries[i].first == key) return i;
+      }
+      return kAbsent;
+    }
+    const Slot& found = _index->slots[findSlot(key, _index->hash(key))];
+    return found.entry == 0 ? kAbsent : found.entry - 1;
   }
 
   // The slot that holds `key`, else the free one where it belongs.
   std::size_t findSlot(std::string_view key, std::uint32_t hash) const {
-    const std::size_t mask = _slots.size() - 1;
+    const std::vector<Slot>& slots = _index->slots;
+    const std::size_t mask = slots.size() - 1;
     std::size_t slot = hash & mask;
-    while (_slots[slot].entry != 0 &&
-           (_slots[slot].hash != hash || _entries[_slots[slot].entry - 1].first != key)) {
+    while (slots[slot].entry != 0 &&
+           (slots[slot].hash != hash || _entries[slots[slot].entry - 1].first != key)) {
       slot = (slot + 1) & mask;
     }
     return slot;
@@ -112,8 +130,8 @@ class TOrderMap {
   // Takes the last entry into the index, which is made, or made anew, when it is due: with room for
   // all entries that there is room for.
   void addToIndex() {
-    if (_slots.size() >= 2 * _entries.size()) return enter(_entries.size() - 1);
-    _slots = std::vector<Slot>(std::bit_ceil(2 * _entries.capacity()));
+    if (_index && _index->slots.size() >= 2 * _entries.size()) return enter(_entries.size() - 1);
+    _index = std::make_unique<Index>(std::bit_ceil(2 * _entries.capacity()));
     enterAll();
   }
 
@@ -123,22 +141,19 @@ class TOrderMap {
 
   void enter(std::size_t position) {
     const std::string& key = _entries[position].first;
-    const std::uint32_t hash = hashOf(key);
+    const std::uint32_t hash = _index->hash(key);
+    std::vector<Slot>& slots = _index->slots;
     const std::size_t slot = findSlot(key, hash);
-    _slots[slot] = {static_cast<std::uint32_t>(position + 1), hash};
-    if (_isKeyed || ((slot - hash) & (_slots.size() - 1)) <= kMaxSteps) return;
+    slots[slot] = {static_cast<std::uint32_t>(position + 1), hash};
+    if (_index->isKeyed || ((slot - hash) & (slots.size() - 1)) <= kMaxSteps) return;
 
-    _isKeyed = true;
-    std::fill(_slots.begin(), _slots.end(), Slot());
+    _index->isKeyed = true;
+    std::fill(slots.begin(), slots.end(), Slot());
     enterAll();
   }
 
-  std::vector<Entry> _entries;  // in order of insertion
-
-  // Hash index with linear probing. Empty while the map is small, else a power of two of slots, at
-  // least half of them free.
-  std::vector<Slot> _slots;
-  bool _isKeyed = false;  // the index goes by hashText()
+  std::vector<Entry> _entries;    // in order of insertion
+  std::unique_ptr<Index> _index;  // none while the map is small
 };
 
 }  // namespace zavri::base

@@ -1,7 +1,6 @@
 #include "korvat/base/XmlParser.h"
 
 #include <algorithm>
-#include <chrono>
 #include <functional>
 #include <sstream>
 #include <stdexcept>
@@ -238,15 +237,21 @@ TEST(XmlParser, ReadsManyElements) {
   EXPECT_EQ(parser.events()[99999], "<an-element-with-a-long-name id=some longer value");
 }
 
-// A tag that is rescanned with each block would take minutes.
-TEST(XmlParser, ReadsAHugeTagInLinearTime) {
-  const std::string value(50'000'000, 'v');
+TEST(XmlParser, ReadsATagAndACommentOfAMebibyteEach) {
+  const std::string value(XmlParser::kMaxTagSize, 'v');
   RecordingParser parser;
-  const auto begin = std::chrono::steady_clock::now();
-  EXPECT_EQ(parser.parseText("<a b='" + value + "'><!--" + value + "--></a>"), State::Complete);
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
-  EXPECT_EQ(parser.events().size(), 2u);
-  EXPECT_EQ(parser.events()[0].size(), value.size() + 5);
+  EXPECT_EQ(parser.parseText("<a b='" + value.substr(8) + "'><!--" + value.substr(8) + "--></a>"),
+            State::Complete);
+  ASSERT_EQ(parser.events().size(), 2u);
+  EXPECT_EQ(parser.events()[0].size(), value.size() - 3);
+}
+
+TEST(XmlParser, RefusesALongerTag) {
+  const std::string value(2 * XmlParser::kMaxTagSize, 'v');
+  RecordingParser parser;
+  EXPECT_EQ(parser.parseText("<a b='" + value + "'/>"), State::Failed);
+  EXPECT_EQ(parser.getError(), "more than 1048576 bytes in one tag or comment at line 1, column 1");
+  EXPECT_TRUE(parser.events().empty());
 }
 
 // --- Skipping ---

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -127,8 +128,10 @@ const std::vector<Sample>& samples() {
 }
 
 // Lets memory run out at the first request of `operation`, at the second, and so on, until it gets
-// through: it must fail with std::bad_alloc and nothing else. `prepare` runs before each and
-// `check` after each, with memory. Returns the number of requests that were refused.
+// through: it must fail with std::bad_alloc and nothing else, or do what it should all the same,
+// which it checks itself (giving spare room back asks for memory and can do without).
+// `prepare` runs before each and `check` after each, with memory. Returns the number of requests
+// that were refused.
 std::size_t failEachRequest(Shortage shortage, const std::function<void()>& prepare,
                             const std::function<void()>& operation,
                             const std::function<void()>& check) {
@@ -145,7 +148,7 @@ std::size_t failEachRequest(Shortage shortage, const std::function<void()>& prep
       }
     }
     const bool hasStruck = MemoryFault::hasStruck();
-    EXPECT_NE(isDone, hasStruck) << "the failure was kept from the caller";
+    EXPECT_TRUE(isDone || hasStruck) << "std::bad_alloc without a reason";
     check();
     if (!hasStruck || testing::Test::HasFailure()) return n - 1;
   }
@@ -227,8 +230,11 @@ TEST_P(MemoryFaultTest, FailsThePassWithAWarningAndSaysThatMemoryRanOut) {
     EXPECT_EQ(builder.isOutOfMemory(), !isLoaded);
     if (isLoaded) break;
     ++failedPassCount;
-    ASSERT_EQ(log.texts().size(), 1u);
-    EXPECT_NE(log.texts()[0].find(warning), std::string::npos) << log.texts()[0];
+    const std::vector<std::string> texts = log.texts();
+    EXPECT_EQ(std::count_if(
+                  texts.begin(), texts.end(),
+                  [&](const std::string& text) { return text.find(warning) != std::string::npos; }),
+              1);
   }
   EXPECT_TRUE(isLoaded);
   EXPECT_GT(failedPassCount, 50);

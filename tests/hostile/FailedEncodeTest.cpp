@@ -29,7 +29,9 @@ TEST_P(FailedEncodeTest, LeavesTheRawValueAsItWas) {
 
 // The first member can be written, the second one cannot.
 const std::string kHalfGood = R"({"value":50.0,"state":"on"})";
-const std::string kNotANumber = "cannot encode SNVT_switch: state: not a number: \\\"on\\\"";
+const std::string kNotANumber =
+    "cannot encode SNVT_switch: state: not a number: \\\"on\\\" (byte 1); expected -1 to 1 state "
+    "code";
 
 const std::vector<FailedEncode> kFailedEncodes = {
     {"OfAValue", {"encode", "SNVT_switch", kHalfGood}, "", ""},
