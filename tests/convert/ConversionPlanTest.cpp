@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "korvat/convert/JsonConverter.h"
+#include "korvat/members/Limits.h"
 #include "korvat/types/NvType.h"
 #include "tests/LogCapture.h"
 #include "tests/builder/TypeDump.h"
@@ -436,6 +437,49 @@ TEST(PlannedConversion, ServesManyThreadsThroughOneManager) {
     expected += value.stringify() + value.stringify();
   }
   for (const std::string& text : texts) EXPECT_EQ(text, expected);
+}
+
+TEST(PlannedConversion, CopiesNamesOfAnyLength) {
+  for (const std::size_t length : {std::size_t{1}, std::size_t{2040}, std::size_t{5000}}) {
+    SCOPED_TRACE(length);
+    const std::string name(length, 'n');
+    test::OwnTypes types(test::structure(
+        {{name, test::scalar("unsigned short")}, {name + "2", test::scalar("unsigned long")}}));
+    const TypeId id(ResourceType::Nv, "", "_x");
+    const std::string expected = "{\"" + name + "\":7,\"" + name + "2\":258}";
+    for (int i = 0; i < 2; ++i) {  // by the walk, and by the plan
+      std::string text;
+      EXPECT_TRUE(types.manager().rawToJsonText(id, test::bytesOf("070102"), text));
+      EXPECT_EQ(text, expected);
+      Buffer raw;
+      EXPECT_TRUE(types.manager().jsonTextToRaw(id, expected, raw));
+      EXPECT_EQ(hexOf(raw), "070102");
+    }
+  }
+}
+
+// 64 types may stand between a reference and a layout.
+TEST(PlannedConversion, FollowsAsManyReferencesAsTheWalk) {
+  for (const std::size_t length : {kMaxReferences - 1, kMaxReferences, kMaxReferences + 1}) {
+    SCOPED_TRACE(length);
+    std::string items = test::nvt("_0", test::scalar("unsigned short"));
+    for (std::size_t i = 1; i <= length; ++i) {
+      items += test::nvt("_" + std::to_string(i), test::reference("SNVT_" + std::to_string(i - 1)));
+    }
+    test::TempCatalogue files;
+    files.write(TypeId::StdPrefix, "nvs", items);
+    TypeManager manager = files.makeManager();
+    const LogCapture quiet(Logger::Error);
+    const TypeId id(ResourceType::Nv, "", "_" + std::to_string(length));
+    json::Value value;
+    const bool isWalked = JsonConverter(&manager, *manager.getVarType(id), Endianess::Big, false)
+                              .rawToJson(test::bytesOf("07"), value);
+    EXPECT_EQ(isWalked, length <= kMaxReferences);
+    for (int i = 0; i < 2; ++i) {
+      std::string text;
+      EXPECT_EQ(manager.rawToJsonText(id, test::bytesOf("07"), text), isWalked);
+    }
+  }
 }
 
 TEST(PlannedConversion, LeavesTheTextAloneForAnUnknownType) {
