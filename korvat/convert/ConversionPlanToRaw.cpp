@@ -361,7 +361,9 @@ class ConversionPlan::TextReader {
     const char* const start = _at;
     while (_at != _end && isPlain(*_at)) ++_at;
     content = {start, static_cast<std::size_t>(_at - start)};
-    return take('"');
+    if (_at == _end || *_at != '"') return false;  // no blanks here: they would be in the string
+    ++_at;
+    return true;
   }
 
   static bool isPlain(char c) {
@@ -395,7 +397,8 @@ class ConversionPlan::TextReader {
       number = Number::of(isNegative ? -size : size);
       return true;
     }
-    if (hasExponent && !skipExponent()) return false;
+    // How large the exponent of a zero may be is up to the parser.
+    if (hasExponent && (digits == 0 || !skipExponent())) return false;
     const bool isWhole = !hasExponent && point == _at;
     return isWhole ? readWhole(start, number) : readDouble(start, number);
   }
