@@ -68,7 +68,7 @@ class PlanCheck {
     checkEncoding(value, before);
     checkText(value.stringify(), before);
     checkText(value.stringify(2), before);
-    for (int i = 0; i < 4; ++i) checkText(garble(random, value.stringify()), before);
+    for (int i = 0; i < 2; ++i) checkText(garble(random, value.stringify()), before);
   }
 
  private:
@@ -473,7 +473,8 @@ TEST_P(PlannedLayout, IsOneThatAPlanCovers) {
   PlanCheck check(types.manager(), *type);
   EXPECT_EQ(check.hasPlan(), GetParam().hasPlan);
   Random random(1);
-  for (int i = 0; i < 5 && check.hasPlan(); ++i) check.check(random);
+  const bool isSmall = type->getSize() < 1000;
+  for (int i = 0; i < 5 && isSmall && check.hasPlan(); ++i) check.check(random);
 }
 
 // A byte inside as many structures.
