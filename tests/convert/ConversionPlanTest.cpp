@@ -340,6 +340,52 @@ const std::vector<TextCase> kTextCases = {
 INSTANTIATE_TEST_SUITE_P(Texts, PlannedText, testing::ValuesIn(kTextCases),
                          [](const auto& info) { return info.param.name; });
 
+class PlainText : public testing::TestWithParam<TextCase> {};
+
+// The plan alone: what it leaves to the walk gives the same, only later.
+TEST_P(PlainText, IsTakenByThePlan) {
+  test::OwnTypes types(test::structure({
+      {"level", test::scalar("unsigned short", test::scaling(2, -1, 0))},
+      {"count", test::scalar("signed long", test::tag("min", "-300") + test::tag("max", "300"))},
+      {"low", test::signedBits(4, 4)},
+      {"ratio", test::floating("float")},
+  }));
+  TypeManager& manager = types.manager();
+  const VarType* type = manager.getVarType(TypeId(ResourceType::Nv, "", "_x"));
+  EnumTables enums;
+  const auto plan =
+      ConversionPlan::make(*type, enums, [&](const TypeId& id) { return manager.getType(id); });
+  ASSERT_NE(plan, nullptr);
+  Buffer raw = test::bytesOf("FFFFFFF0FFFFFFFF");
+  EXPECT_TRUE(plan->jsonTextToRaw(GetParam().text, raw));
+  EXPECT_EQ(hexOf(raw), GetParam().raw);
+
+  json::Value value;
+  std::string error;
+  ASSERT_TRUE(json::Value::parse(GetParam().text, value, error)) << error;
+  raw = test::bytesOf("FFFFFFF0FFFFFFFF");
+  EXPECT_TRUE(plan->jsonToRaw(value, raw));
+  EXPECT_EQ(hexOf(raw), GetParam().raw);
+}
+
+// 2.4 is 12 steps of 0.2, 51 is 255 of them; -300 = 0xFED4, 300 = 0x012C; -8 and 7 in four bits are
+// 8 and 7, and the four beside them stay; 1.5 = 0x3FC00000, 0.1 = 0x3DCCCCCD.
+const std::vector<TextCase> kPlainTextCases = {
+    {"OfFractions", R"({"level":2.4,"count":258,"low":-8,"ratio":1.5})", "0C0102F83FC00000"},
+    {"OfTheLowest", R"({"level":0,"count":-300,"low":-8,"ratio":-1.5})", "00FED4F8BFC00000"},
+    {"OfTheHighest", R"({"level":51,"count":300,"low":7,"ratio":0.1})", "FF012CF73DCCCCCD"},
+    {"WithBlanksEverywhere",
+     "\t{ \"level\" :\r\n2.4 , \"count\" : 258 ,\"low\":-8 , \"ratio\":1.5 } ", "0C0102F83FC00000"},
+    {"WithExponents", R"({"level":24e-1,"count":2.58E2,"low":-8e+0,"ratio":0.015E2})",
+     "0C0102F83FC00000"},
+    {"OfManyDigits",
+     R"({"level":2.4000000000000000,"count":258.00000000000000,"low":-8,"ratio":1.50000000000000000})",
+     "0C0102F83FC00000"},
+    {"OfZeros", R"({"level":0.0,"count":-0,"low":0,"ratio":0})", "000000F000000000"},
+};
+INSTANTIATE_TEST_SUITE_P(Texts, PlainText, testing::ValuesIn(kPlainTextCases),
+                         [](const auto& info) { return info.param.name; });
+
 TEST(PlannedConversion, FollowsTheOptionsThatAreSetLater) {
   test::OwnTypes types(test::structure(
       {{"a", test::scalar("unsigned short", test::invalid("255") + test::tag("max", "9"))}}));
