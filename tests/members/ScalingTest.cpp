@@ -157,6 +157,12 @@ TEST(Scaling, ReachesBeyondThePowersOfTenThatAreDoubles) {
   EXPECT_DOUBLE_EQ(fromPhysical(1e-300, false, scalingOf(1, -310, 0)), 1e10);
 }
 
+// A step that no double can hold rounds nothing.
+TEST(Scaling, LeavesOutTheRoundingToAStepBeyondAllNumbers) {
+  EXPECT_EQ(fromPhysical(5, true, scalingOf(1, -400, 0)), std::numeric_limits<double>::infinity());
+  EXPECT_EQ(fromPhysical(5, true, scalingOf(1, 400, 0)), 0);
+}
+
 TEST(Scaling, KeepsNotANumber) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   EXPECT_TRUE(std::isnan(toPhysical(nan, scalingOf(1, -1, 0))));
