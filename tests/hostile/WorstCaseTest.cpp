@@ -16,6 +16,7 @@
 #include "korvat/types/TypeManager.h"
 #include "korvat/types/VarType.h"
 #include "tests/LogCapture.h"
+#include "tests/Sanitizers.h"
 #include "tests/TempCatalogue.h"
 #include "tests/convert/TypeXml.h"
 
@@ -28,6 +29,7 @@ namespace {
 using base::Buffer;
 using base::Logger;
 using test::arraySize;
+using test::kIsSanitized;
 using test::nvt;
 using test::reference;
 using test::scalar;
@@ -35,19 +37,12 @@ using test::structure;
 
 constexpr std::size_t kMebibyte = std::size_t{1024} * 1024;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kIsSanitized = true;
-#elif defined(__has_feature)
-constexpr bool kIsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool kIsSanitized = false;
-#endif
 #if defined(__OPTIMIZE__)
 constexpr bool kIsOptimised = true;
 #else
 constexpr bool kIsOptimised = false;
 #endif
-constexpr double kMostSeconds = kIsOptimised && !kIsSanitized ? 1.0 : 30.0;
+constexpr double kMostSeconds = kIsOptimised && !kIsSanitized ? 1.0 : 120.0;
 constexpr long kMostMebibytes = 256 + 32;  // those of the test program included
 
 std::string front(const std::string& name) {
