@@ -62,7 +62,7 @@ class KORVAT_API XmlParser {
   static constexpr std::size_t kMaxDepth = 200;
   // Bytes of a tag, with its attributes, or a comment beyond which a document fails. One that ends
   // in the block it is found too long in, of at most as many bytes again, still passes.
-  static constexpr long kMaxTagSize = 1024 * 1024;
+  static constexpr long kMaxTagSize = 1'048'576;
 
   XmlParser();
   XmlParser(const XmlParser&) = delete;

@@ -17,11 +17,12 @@ namespace zavri::korvat {
 // quicker than to copy just their bytes.
 inline constexpr std::size_t kPadding = 32;
 
-inline constexpr std::array<std::uint64_t, 16> kPowersOfTen = [] {
+constexpr std::array<std::uint64_t, 16> makePowersOfTen() {
   std::array<std::uint64_t, 16> powers{1};
   for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = 10 * powers[i - 1];
   return powers;
-}();
+}
+inline constexpr std::array<std::uint64_t, 16> kPowersOfTen = makePowersOfTen();
 
 struct ConversionPlan::Step {
   enum class Kind : std::uint8_t {
