@@ -161,7 +161,8 @@ class ConversionPlan::DocumentWriter {
     return false;
   }
 
-  static bool writeNumber(const Step& step, const Number& number, std::uint8_t* bytes) {
+  [[gnu::always_inline]] static bool writeNumber(const Step& step, const Number& number,
+                                                 std::uint8_t* bytes) {
     switch (step.kind) {
       case Step::Kind::Integer:
         if (number.isFloating || number.isHuge || !isTaken(step, number.whole)) {
@@ -229,8 +230,8 @@ class ConversionPlan::DocumentWriter {
 
   // All members, and no others: names are unique on both sides.
   bool writeObject(const Step& step, const json::Value& node, std::uint8_t* base) const {
-    if (!node.isObject() || node.getSize() != step.count) return false;
     const json::Value::PropertyMap& properties = node.getPropertyMap();
+    if (!node.isObject() || properties.size() != step.count) return false;
     auto property = properties.begin();
     const Step* const end = _steps + step.next;
     for (const Step* member = &step + 1; member != end; member = _steps + member->next) {
