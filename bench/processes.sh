@@ -57,8 +57,8 @@ encodeToPipe() { "$korvat" encode --stream < values.json | cat > out.json; }
 parseValuesToPipe() { "$baseline" < values.json | cat > out.json; }
 head -n "$((records / 10))" raw.json > raw10.json
 head -n "$((records / 10))" values.json > values10.json
-decodeTenth() { "$korvat" decode --stream < raw10.json > out.json; }
-encodeTenth() { "$korvat" encode --stream < values10.json > out.json; }
+decodeTenth() { "$korvat" decode --stream < raw10.json > out10.json; }
+encodeTenth() { "$korvat" encode --stream < values10.json > out10.json; }
 decodeOne() { "$korvat" decode SNVT_switch C801 > out.json; }
 decodeOneMessage() { protoc --decode=Switch switch.proto < switch.bin > out.json; }
 
