@@ -42,7 +42,12 @@ if(KORVAT_SANITIZE)
 endif()
 
 if(KORVAT_COVERAGE)
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+    set(coverageFlags -fprofile-instr-generate -fcoverage-mapping)  # for llvm-cov: by the source
+  else()
+    set(coverageFlags --coverage)
+  endif()
   # Atomic: counters that threads share would else come out wrong, even negative.
-  target_compile_options(korvat_compiling INTERFACE --coverage -fprofile-update=atomic)
-  target_link_options(korvat_compiling INTERFACE --coverage)
+  target_compile_options(korvat_compiling INTERFACE ${coverageFlags} -fprofile-update=atomic)
+  target_link_options(korvat_compiling INTERFACE ${coverageFlags})
 endif()

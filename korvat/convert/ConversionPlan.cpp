@@ -1,7 +1,6 @@
 #include "korvat/convert/ConversionPlan.h"
 
 #include <algorithm>
-#include <set>
 
 #include "korvat/base/JsonText.h"
 #include "korvat/convert/PlanStep.h"
@@ -22,7 +21,9 @@ namespace {
 // Larger types are rare and take their time anyway.
 constexpr std::size_t kMaxSteps = 16'384;
 constexpr std::uint64_t kMaxRawSize = 1 << 20;  // bytes
-constexpr std::uint32_t kMaxDepth = 64;
+constexpr std::uint32_t kMaxDepth =
+    64;  // of structures and arrays, each perhaps behind a reference
+static_assert(2 * (kMaxDepth + 1) < kMaxNesting, "a walk goes deeper");
 
 // Digits behind the point up to which every number that is not 0 prints without an exponent.
 constexpr int kMaxPlainDecimals = 5;
@@ -62,7 +63,7 @@ class ConversionPlan::Maker {
     const std::uint64_t end = place.bytePos + (place.bitOffset != 0 ? 1 : 0);
     _plan._readSize = static_cast<std::uint32_t>(place.end);
     _plan._writeSize = static_cast<std::uint32_t>(std::max(place.end, end));
-    _plan._isSolid = _isSolid && end == place.end;
+    _plan._isSolid = _isSolid;
     _plan._keys.append(kPadding, ' ');
     return true;
   }
@@ -135,20 +136,15 @@ class ConversionPlan::Maker {
         return addBitfield(static_cast<const MemBitfield&>(member), name, place);
       case Member::Kind::Enum:
         return addEnum(static_cast<const MemEnum&>(member), name, place);
-      case Member::Kind::Invalid:
-        break;
+      default:
+        return false;
     }
-    return false;
   }
 
   bool addReferred(const MemRef& reference, const std::string* name, Place& place) {
     place.closeByte();
     const VarType* type = resolve(reference);
-    if (type == nullptr || _nesting == kMaxNesting) return false;
-    ++_nesting;
-    const bool isAdded = addMember(*type->getMember(), name, place);
-    --_nesting;
-    return isAdded;
+    return type != nullptr && addMember(*type->getMember(), name, place);
   }
 
   // The type at the end of a chain of references; null when there is none or it has no layout.
@@ -166,12 +162,11 @@ class ConversionPlan::Maker {
 
   bool addAggregate(const MemAggregate& aggregate, const std::string* name, Place& place) {
     place.closeByte();
-    if (_nesting == kMaxNesting || _depth == kMaxDepth || !isPlain(aggregate)) return false;
+    if (_depth == kMaxDepth || !isPlain(aggregate)) return false;
     _plan._hasUnions = _plan._hasUnions || aggregate.isUnion();
     const std::uint32_t index = indexOfNext();
     addStep(Step::Kind::Object, aggregate, name, place).count =
         static_cast<std::uint32_t>(aggregate.getChildren().size());
-    ++_nesting;
     ++_depth;
     const std::uint64_t start = place.bytePos;
     std::uint64_t longest = 0;
@@ -186,20 +181,17 @@ class ConversionPlan::Maker {
     }
     if (aggregate.isUnion()) place.bytePos = start + longest;
     --_depth;
-    --_nesting;
     _plan._steps[index].next = indexOfNext();
     return true;
   }
 
   // Members that are all there and are found by names of their own.
   static bool isPlain(const MemAggregate& aggregate) {
-    std::set<std::string_view> names;
-    return std::all_of(aggregate.getChildren().begin(), aggregate.getChildren().end(),
-                       [&](const auto& child) {
-                         return child && !child->getProgName().empty() &&
-                                names.insert(child->getProgName()).second &&
-                                aggregate.findChild(child->getProgName()) == child.get();
-                       });
+    const auto& children = aggregate.getChildren();
+    return std::all_of(children.begin(), children.end(), [&](const auto& child) {
+      return child && !child->getProgName().empty() &&
+             aggregate.findChild(child->getProgName()) == child.get();
+    });
   }
 
   void addKey(Step& step, bool isFirst) {
@@ -310,7 +302,6 @@ class ConversionPlan::Maker {
   const FindType& _findType;
   std::uint64_t _visits = 0;
   std::uint64_t _multiplier = 1;  // elements of the arrays around, multiplied
-  std::uint32_t _nesting = 0;     // as a walk counts it
   bool _isSolid = true;           // no bit fields so far
   std::uint32_t _depth = 0;
 };

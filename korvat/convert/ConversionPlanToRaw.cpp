@@ -91,13 +91,8 @@ void storeNumber(const M& member, const Number& number, std::uint8_t* bytes) {
       return storeNumber<std::int16_t>(member, number, bytes);
     case NcType::UnsignedQuad:
       return storeNumber<std::uint32_t>(member, number, bytes);
-    case NcType::SignedQuad:
+    default:  // a signed quad: a plan takes no others for integers
       return storeNumber<std::int32_t>(member, number, bytes);
-    case NcType::None:
-    case NcType::Float:
-    case NcType::Double:
-    case NcType::Reserved:
-      break;
   }
 }
 
@@ -150,17 +145,12 @@ class ConversionPlan::DocumentWriter {
         return node.isString() && writeName(step, node.getText(), bytes);
       case Step::Kind::Text:
         return node.isString() && storeText(node.getText(), step.count, bytes);
-      case Step::Kind::Integer:
-      case Step::Kind::Decimal:
-      case Step::Kind::Scaled:
-      case Step::Kind::Floating:
-      case Step::Kind::Bits:
-      case Step::Kind::ScaledBits:
+      default:
         return node.isNumber() && writeNumber(step, numberOf(node), bytes);
     }
-    return false;
   }
 
+  // Of a step for a number, whichever.
   [[gnu::always_inline]] static bool writeNumber(const Step& step, const Number& number,
                                                  std::uint8_t* bytes) {
     switch (step.kind) {
@@ -180,16 +170,9 @@ class ConversionPlan::DocumentWriter {
       case Step::Kind::Floating:
         storeFloat(step.as<MemFloat>(), number, bytes);
         return true;
-      case Step::Kind::Bits:
-      case Step::Kind::ScaledBits:
+      default:  // bits, scaled or not
         return storeBitfield(step.as<MemBitfield>(), number, bytes);
-      case Step::Kind::Object:
-      case Step::Kind::Array:
-      case Step::Kind::Enum:
-      case Step::Kind::Text:
-        break;
     }
-    return false;
   }
 
   static bool writeName(const Step& step, std::string_view name, std::uint8_t* bytes) {
@@ -296,17 +279,11 @@ class ConversionPlan::TextReader {
         std::string_view content;
         return readString(content) && storeText(content, step.count, bytes);
       }
-      case Step::Kind::Integer:
-      case Step::Kind::Decimal:
-      case Step::Kind::Scaled:
-      case Step::Kind::Floating:
-      case Step::Kind::Bits:
-      case Step::Kind::ScaledBits: {
+      default: {
         Number number;
         return readNumber(number) && DocumentWriter::writeNumber(step, number, bytes);
       }
     }
-    return false;
   }
 
   bool readObject(const Step& step, std::uint8_t* base) {

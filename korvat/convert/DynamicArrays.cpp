@@ -22,17 +22,11 @@ const Member* findNext(const Member::Context& context, const std::string& key,
       const auto& children = static_cast<const MemAggregate&>(member).getChildren();
       return children.empty() ? nullptr : children.front().get();
     }
-    case Member::Kind::Scalar:
-    case Member::Kind::Bitfield:
-    case Member::Kind::Enum: {
+    default: {
       const bool isChild = context.arrayIndex < 0 && !context.parentStack.empty() && !key.empty();
       return isChild ? context.parentStack.back()->getNextSibling(key) : nullptr;
     }
-    case Member::Kind::Float:
-    case Member::Kind::Invalid:
-      break;
   }
-  return nullptr;
 }
 
 // The root of the type that a single reference leads to; any other member itself.
@@ -62,7 +56,7 @@ CountedArray findCountedArray(const Member::Context& context, const std::string&
   auto sibling = std::find_if(siblings.begin(), siblings.end(), [&](const auto& child) {
     if (child.get() == &scalar) return true;
     const bool isReference = child && child->getKind() == Member::Kind::Ref && !child->isArray();
-    return isReference && !key.empty() && child->getProgName() == key;
+    return isReference && child->getProgName() == key;
   });
   if (sibling == siblings.end()) return {};
   CountedArray counted;

@@ -58,15 +58,9 @@ void setInteger(json::Value& target, NcType ncType, std::int64_t raw) {
       return target.setValue(static_cast<std::uint32_t>(raw));
     case NcType::SignedQuad:
       return target.setValue(static_cast<std::int32_t>(raw));
-    case NcType::UnsignedChar:
-    case NcType::UnsignedShort:
-    case NcType::None:
-    case NcType::Float:
-    case NcType::Double:
-    case NcType::Reserved:
-      break;
+    default:  // unsigned bytes, and the 0 of a member without a base type
+      return target.setValue(static_cast<std::uint8_t>(raw));
   }
-  target.setValue(static_cast<std::uint8_t>(raw));
 }
 
 }  // namespace

@@ -133,15 +133,11 @@ bool JsonConverter::convertMember(Member::Context& context, const Member& member
       return true;
     case Member::Kind::Aggregate:
       return checkObject(context, static_cast<const MemAggregate&>(member), node, stack);
-    case Member::Kind::Float:
-    case Member::Kind::Scalar:
-    case Member::Kind::Bitfield:
-    case Member::Kind::Enum:
-      return writeLeaf(context, member, key, node, raw, stack);
     case Member::Kind::Invalid:
-      break;
+      return false;
+    default:
+      return writeLeaf(context, member, key, node, raw, stack);
   }
-  return false;
 }
 
 // Finds the member's node in that of its parent and puts it on the stack. Inside a union an
@@ -266,12 +262,8 @@ bool JsonConverter::writeLeaf(Member::Context& context, const Member& member,
     case Member::Kind::Bitfield:
       isDone = writer.writeBitfield(context, static_cast<const MemBitfield&>(member), node, raw);
       break;
-    case Member::Kind::Enum:
+    default:  // an enumeration
       isDone = writer.writeEnum(context, static_cast<const MemEnum&>(member), node, raw);
-      break;
-    case Member::Kind::Invalid:
-    case Member::Kind::Ref:
-    case Member::Kind::Aggregate:
       break;
   }
   const bool isForgiven =
@@ -345,9 +337,8 @@ JsonConverter::TextRule JsonConverter::foreseeTextRule(const Member::Context& co
     }
     return true;
   };
-  const auto onStructEnd = [](Member::Context&, const Member&) { return true; };
-  for (const Member* passed : counted.between) {
-    static_cast<void>(passed->traverse(ahead, onMember, onStructEnd));
+  for (const Member* passed : counted.between) {  // no structures, which nobody waits to end
+    static_cast<void>(passed->traverse(ahead, onMember, Member::StructEndCallback()));
   }
   return findTextRule(ahead, static_cast<const MemScalar&>(*counted.array));
 }

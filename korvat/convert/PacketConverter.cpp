@@ -78,19 +78,20 @@ bool PacketConverter::convertMember(Member::Context& context, const Member& memb
   switch (member.getKind()) {
     case Member::Kind::Float:
     case Member::Kind::Scalar:
-      if (!_input.setPos(context.bytePos) || !_output.setPos(context.bytePos)) return false;
+      if (!moveTo(context.bytePos)) return false;
       setContextArraySize(context, member);
       return copyNumber(_input, _output, byteCountOf(member));
     case Member::Kind::Bitfield:
     case Member::Kind::Enum:
-      if (!_input.setPos(context.bytePos) || !_output.setPos(context.bytePos)) return false;
+      if (!moveTo(context.bytePos)) return false;
       return copyAs<unsigned char>(_input, _output);
-    case Member::Kind::Aggregate:
-    case Member::Kind::Ref:
-    case Member::Kind::Invalid:
-      break;
+    default:
+      return true;
   }
-  return true;
+}
+
+bool PacketConverter::moveTo(std::uint32_t bytePos) {
+  return _input.setPos(bytePos) && _output.setPos(bytePos);
 }
 
 // A dynamic array that follows takes its element count from this field.

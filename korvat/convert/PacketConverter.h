@@ -25,6 +25,7 @@ class KORVAT_API PacketConverter {
   bool convertMember(Member::Context& context, const Member& member);
   bool convertStructEnd(Member::Context& context, const Member& member);
   bool copyOuterUnion(const Member::Context& context);
+  bool moveTo(std::uint32_t bytePos);
   void setContextArraySize(Member::Context& context, const Member& member) const;
 
   TypeManager* _typeManager;

@@ -6,7 +6,7 @@
 // read. The compiler makes one instruction of each; RawCodec.h has everything else.
 namespace zavri::korvat {
 
-// An integer field, sign-extended when it is signed; 0 for any other count of bytes.
+// An integer field, sign-extended when it is signed.
 inline std::int64_t loadNetworkInteger(const std::uint8_t* bytes, unsigned byteCount,
                                        bool isSigned) {
   switch (byteCount) {
@@ -16,17 +16,15 @@ inline std::int64_t loadNetworkInteger(const std::uint8_t* bytes, unsigned byteC
       const auto bits = static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]);
       return isSigned ? std::int64_t{static_cast<std::int16_t>(bits)} : std::int64_t{bits};
     }
-    case 4: {
+    default: {
       const std::uint32_t bits = std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 |
                                  std::uint32_t{bytes[2]} << 8 | std::uint32_t{bytes[3]};
       return isSigned ? std::int64_t{static_cast<std::int32_t>(bits)} : std::int64_t{bits};
     }
-    default:
-      return 0;
   }
 }
 
-// The low-order bytes of `number`; nothing for any other count of bytes.
+// The low-order bytes of `number`.
 inline void storeNetworkInteger(std::int64_t number, unsigned byteCount, std::uint8_t* bytes) {
   switch (byteCount) {
     case 1:
@@ -36,14 +34,11 @@ inline void storeNetworkInteger(std::int64_t number, unsigned byteCount, std::ui
       bytes[0] = static_cast<std::uint8_t>(number >> 8);
       bytes[1] = static_cast<std::uint8_t>(number);
       return;
-    case 4:
+    default:
       bytes[0] = static_cast<std::uint8_t>(number >> 24);
       bytes[1] = static_cast<std::uint8_t>(number >> 16);
       bytes[2] = static_cast<std::uint8_t>(number >> 8);
       bytes[3] = static_cast<std::uint8_t>(number);
-      return;
-    default:
-      return;
   }
 }
 

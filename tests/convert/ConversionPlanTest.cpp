@@ -10,12 +10,15 @@
 
 #include "korvat/convert/JsonConverter.h"
 #include "korvat/members/Limits.h"
+#include "korvat/types/EnumType.h"
 #include "korvat/types/NvType.h"
 #include "tests/LogCapture.h"
 #include "tests/builder/TypeDump.h"
+#include "tests/convert/Encoding.h"
 #include "tests/convert/RandomTypes.h"
 #include "tests/convert/StandardValues.h"
 #include "tests/convert/TypeXml.h"
+#include "tests/members/MemberTree.h"
 
 // Plans against the walk of the members, which defines what they have to give.
 namespace zavri::korvat {
@@ -49,6 +52,14 @@ class PlanCheck {
       : _manager(manager), _type(type), _plan(makePlan()) {}
 
   bool hasPlan() const { return _plan != nullptr; }
+
+  // True when the plan itself converts the document.
+  bool takes(const std::string& json) {
+    const json::Value value = test::parsed(json);
+    checkEncoding(value, {});
+    Buffer raw;
+    return _plan->jsonToRaw(value, raw);
+  }
 
   void check(Random& random) {
     unsigned byteCount = 0;
@@ -508,6 +519,7 @@ struct LayoutCase {
   std::string name;
   std::string xml;
   bool hasPlan;
+  bool isConverted = true;  // values of it, too
 };
 class PlannedLayout : public testing::TestWithParam<LayoutCase> {};
 
@@ -521,7 +533,8 @@ TEST_P(PlannedLayout, IsOneThatAPlanCovers) {
   Random random(1);
   unsigned byteCount = 0;
   const bool isSmall = type->getMaxSize(&types.manager(), byteCount) && byteCount < 1000;
-  for (int i = 0; i < 5 && isSmall && check.hasPlan(); ++i) check.check(random);
+  const bool isConverted = GetParam().isConverted && isSmall && check.hasPlan();
+  for (int i = 0; i < 5 && isConverted; ++i) check.check(random);
 }
 
 // A byte inside as many structures.
@@ -531,15 +544,22 @@ std::string nested(int depth) {
   return xml;
 }
 
-// A structure of as many members like that.
-std::string wide(int count, const std::string& member) {
+// A structure of as many members like that, with `others` behind them.
+std::string wide(int count, const std::string& member, const std::string& others = "") {
   std::string members;
   for (int i = 0; i < count; ++i) {
     members += test::tag("member", member + test::tag("p-name", "m" + std::to_string(i)));
   }
-  return "<aggregate cat='struct'>" + test::tag("members", members) + "</aggregate>";
+  return "<aggregate cat='struct'>" + test::tag("members", members + others) + "</aggregate>";
 }
 
+// 65,536 structures, each with so many that are empty.
+std::string emptyElements(int count) {
+  return test::structure({{"e", test::structure({}, test::arraySize(count))}},
+                         test::arraySize(65'536));
+}
+
+const std::string kLongText = test::scalar("unsigned char", test::arraySize(65'536));
 const std::string kByte = test::scalar("unsigned short");
 
 const std::vector<LayoutCase> kLayoutCases = {
@@ -555,6 +575,7 @@ const std::vector<LayoutCase> kLayoutCases = {
     {"ArrayBehindCharSet",
      test::structure({{"char_set", kByte}, {"text", kByte, test::arraySize(4)}}), false},
     {"BrokenReference", test::reference("SNVT_missing"), false},
+    {"ReferenceToAStructureInItself", test::reference("SNVT_endless"), false},
     {"ReferenceToItself", test::reference("SNVT_x"), false},
     {"ManyStructuresSideBySide", wide(300, nested(1)), true},
     {"ManyArraysSideBySide", wide(300, test::structure({{"a", kByte, test::arraySize(2)}})), true},
@@ -563,9 +584,112 @@ const std::vector<LayoutCase> kLayoutCases = {
     {"StructuresInStructures", nested(60), true},
     {"AllSteps", wide(16'383, kByte), true},
     {"MoreSteps", wide(16'384, kByte), false},
+    {"ReferenceToATypeWithoutALayout", test::reference("SNVT_bare"), false},
+    {"OneMebibyte", wide(16, kLongText), true},
+    {"MoreThanOneMebibyte", wide(17, kLongText), false},
+    {"BitsBehindOneMebibyte",
+     wide(16, kLongText,
+          test::tag("member", test::bits(0, 3, test::arraySize(2)) + test::tag("p-name", "bits"))),
+     false},
+    {"ArrayOfAQuarterOfAMebibyte",
+     test::structure({{"a", test::scalar("unsigned quad")}}, test::arraySize(65'536)), true},
+    {"ArrayOfMoreThanOneMebibyte",
+     test::structure({{"a", test::scalar("unsigned quad", test::arraySize(5))}},
+                     test::arraySize(65'536)),
+     false},
+    {"AllVisits", emptyElements(60), true, false},
+    {"MoreVisits", emptyElements(61), false},
+    {"FarMoreVisits", emptyElements(65'536), false},
+    {"MoreVisitsWithAText", test::structure({{"empty", emptyElements(60)}, {"text", kLongText}}),
+     false},
 };
 INSTANTIATE_TEST_SUITE_P(Layouts, PlannedLayout, testing::ValuesIn(kLayoutCases),
                          [](const auto& info) { return info.param.name; });
+
+// Layouts that no file describes.
+TEST(PlannedConversion, CoversNothingThatIsNotThere) {
+  using test::makeFloat;
+  using test::makeScalar;
+  using test::makeStruct;
+  struct Case {
+    const char* name;
+    std::unique_ptr<Member> layout;
+  };
+  Case cases[] = {
+      {"no layout", nullptr},
+      {"no kind", std::make_unique<test::OddMember>(0)},
+      {"no member", makeStruct("", makeScalar("a"), std::unique_ptr<MemScalar>())},
+      {"no integer", makeScalar("", NcType::Double)},
+      {"no base type", makeScalar("", NcType::None)},
+      {"no floating number", makeFloat("", NcType::UnsignedLong)},
+      {"bits of no width", test::makeBitfield("", 0, 0)},
+  };
+  for (Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    TypeManager manager("drv");
+    NvType type;
+    type.setMember(std::move(c.layout));
+    EXPECT_FALSE(PlanCheck(manager, type).hasPlan());
+  }
+}
+
+TEST(PlannedConversion, CoversSixtyFourLevels) {
+  for (const int levels : {64, 65}) {
+    for (const std::uint32_t elementCount : {0u, 2u}) {
+      SCOPED_TRACE(testing::Message() << levels << " of " << elementCount);
+      std::unique_ptr<Member> layout =
+          test::makeScalar("leaf", NcType::UnsignedShort, elementCount);
+      const int around = elementCount == 0 ? levels : levels - 1;  // an array is a level, too
+      for (int i = 0; i < around; ++i) layout = test::makeStruct("level", std::move(layout));
+      TypeManager manager("drv");
+      NvType type;
+      type.setMember(std::move(layout));
+      EXPECT_EQ(PlanCheck(manager, type).hasPlan(), levels == 64);
+    }
+  }
+}
+
+TEST(PlannedConversion, LeavesDocumentsOfAnotherShapeToTheWalk) {
+  test::OwnTypes types(test::structure({{"a", kByte},
+                                        {"list", kByte, test::arraySize(2)},
+                                        {"s", test::structure({{"x", kByte}})},
+                                        {"e", test::enumeration("power_t")},
+                                        {"t", test::scalar("unsigned char", test::arraySize(2))}}));
+  const VarType& type = test::typeOf(types);
+  PlanCheck check(types.manager(), type);
+  EXPECT_TRUE(check.takes(R"({"a":1,"list":[1,2],"s":{"x":3},"e":"PWR_ON","t":"AB"})"));
+  for (const char* text : {
+           "5",
+           "[1,2,3,4,5]",
+           "{}",
+           R"({"a":"1","list":[1,2],"s":{"x":3},"e":"PWR_ON","t":"AB"})",
+           R"({"a":1,"list":5,"s":{"x":3},"e":"PWR_ON","t":"AB"})",
+           R"({"a":1,"list":[1],"s":{"x":3},"e":"PWR_ON","t":"AB"})",
+           R"({"a":1,"list":[1,null],"s":{"x":3},"e":"PWR_ON","t":"AB"})",
+           R"({"a":1,"list":{"x":1,"y":2},"s":{"x":3},"e":"PWR_ON","t":"AB"})",
+           R"({"a":1,"list":[1,2],"s":[3],"e":"PWR_ON","t":"AB"})",
+           R"({"a":1,"list":[1,2],"s":3,"e":"PWR_ON","t":"AB"})",
+           R"({"a":1,"list":[1,2],"other":{"x":3},"e":"PWR_ON","t":"AB"})",
+           R"({"a":1,"list":[1,2],"s":{"x":3},"e":1,"t":"AB"})",
+           R"({"a":1,"list":[1,2],"s":{"x":3},"e":"none","t":"AB"})",
+           R"({"a":1,"list":[1,2],"s":{"x":3},"e":"PWR_ON","t":5})",
+           R"({"a":1,"list":[1,2],"s":{"x":3},"e":"PWR_ON","t":"ABC"})",
+           R"({"a":1,"list":[1,2],"s":{"x":3},"e":"PWR_ON","t":"AB","z":1})",
+       }) {
+    EXPECT_FALSE(check.takes(text)) << text;
+  }
+}
+
+TEST(EnumTable, LeavesOutItemsWithoutAName) {
+  EnumType type;
+  type.addItem(1, "ONE");
+  type.addItem(2, "");
+  const EnumTable table(type);
+  EXPECT_EQ(table.nameOf(1), "ONE");
+  EXPECT_EQ(table.textOf(1), "\"ONE\"");
+  EXPECT_EQ(table.nameOf(2), "");
+  EXPECT_EQ(table.textOf(2), "");
+}
 
 TEST(PlannedConversion, CopiesNamesOfAnyLength) {
   for (const std::size_t length : {std::size_t{1}, std::size_t{2040}, std::size_t{5000}}) {

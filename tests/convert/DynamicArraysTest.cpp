@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "korvat/types/NvType.h"
 #include "tests/LogCapture.h"
 #include "tests/convert/Encoding.h"
+#include "tests/members/MemberTree.h"
 
 namespace zavri::korvat {
 namespace {
@@ -23,6 +25,7 @@ using test::enumeration;
 using test::floating;
 using test::LogCapture;
 using test::OwnTypes;
+using test::patch;
 using test::reference;
 using test::scalar;
 using test::scaling;
@@ -189,6 +192,70 @@ TEST(DynamicArrays, AreNotCountedAcrossAnotherArray) {
   EXPECT_EQ(encode(types, R"({"n":9,"fixed":[1],"list":[5,6]})"), "09010506");
 }
 
+TEST(DynamicArrays, AreNotCountedByANumberInAnArray) {
+  OwnTypes types(structure({{"ns", reference("SNVT_word"), arraySize(2)},
+                            {"list", scalar("unsigned short"), dynamicArray(0, 4)}}));
+  types.manager().setUseDynamicArrays(true);
+  const LogCapture log(Logger::Warning);
+  EXPECT_EQ(encode(types, R"({"ns":[1,2],"list":[5,6,7,8]})"), "0001000205060708");
+  EXPECT_EQ(log.texts(), Lines{"Member::getEffectiveArraySize failed, no arraySize in context\n"});
+}
+
+TEST(DynamicArrays, TakeTheCountGivenWhereNoArrayIs) {
+  OwnTypes types(kCounted);
+  types.manager().setUseDynamicArrays(true);
+  const LogCapture log(Logger::Warning);
+  const Encoded encoded = encodeOver(types, "", R"({"n":2,"list":5,"after":34})");
+  EXPECT_EQ(encoded.raw, "failed: 02");
+}
+
+TEST(DynamicArrays, CountNoCharactersForStructures) {
+  OwnTypes types(
+      structure({{"n", scalar("unsigned short")},
+                 {"rows", structure({{"a", scalar("unsigned short")}}), dynamicArray(0, 3)}}));
+  types.manager().setUseDynamicArrays(true);
+  const LogCapture log(Logger::Warning);
+  EXPECT_EQ(encode(types, R"({"n":2,"rows":"AB"})"), "00");
+}
+
+TEST(DynamicArrays, AreNotFoundBehindAReferenceThatLeadsNowhere) {
+  for (const char* target : {"SNVT_missing", "SNVT_bare"}) {
+    OwnTypes types(structure({{"n", scalar("unsigned short")},
+                              {"r", reference(target)},
+                              {"list", scalar("unsigned short"), dynamicArray(0, 4)}}));
+    types.manager().setUseDynamicArrays(true);
+    const LogCapture log(Logger::Warning);
+    EXPECT_EQ(encode(types, R"({"n":9,"r":1,"list":[5,6]})"), "failed: 09");
+  }
+}
+
+TEST(DynamicArrays, AreNotFoundBehindAMemberThatIsNotThere) {
+  TypeManager manager("drv");
+  manager.setUseDynamicArrays(true);
+  NvType type;
+  auto list = test::makeScalar("list", NcType::UnsignedShort, 4);
+  list->setArrayMinSize(0);
+  type.setMember(
+      test::makeStruct("", test::makeScalar("n"), std::unique_ptr<MemScalar>(), std::move(list)));
+  const LogCapture log(Logger::Warning);
+  JsonConverter converter(&manager, type, Endianess::Big, false);
+  base::Buffer raw;
+  EXPECT_TRUE(converter.jsonToRaw(test::parsed(R"({"n":9,"list":[5,6]})"), raw));
+  EXPECT_EQ(util::BinaryUtils::toString(raw), "09");
+}
+
+TEST(DynamicArrays, AreNotCountedByANumberWithoutABaseType) {
+  TypeManager manager("drv");
+  manager.setUseDynamicArrays(true);
+  manager.setAllowMissingFields(true);
+  NvType type;
+  type.setMember(test::makeStruct("", test::makeScalar("n", NcType::None), test::makeScalar("b")));
+  JsonConverter converter(&manager, type, Endianess::Big, false);
+  base::Buffer raw;
+  EXPECT_TRUE(converter.jsonToRaw(test::parsed(R"({"n":9,"b":7})"), raw));
+  EXPECT_EQ(util::BinaryUtils::toString(raw), "07");
+}
+
 TEST(DynamicArrays, AreCountedInAUnionByWhatItGives) {
   OwnTypes types(structure({{"u", unionOf({{"counted", kCounted}, {"byte", bits(0, 8)}})}}));
   types.manager().setUseDynamicArrays(true);
@@ -210,6 +277,21 @@ TEST(DynamicArrays, ReadBackWhatWasWritten) {
   const std::string json = R"({"n":2,"encoding":"CE_16","text":"AB"})";
   EXPECT_EQ(encode(types, json), "020100410042");
   EXPECT_EQ(types.decode("020100410042"), json);
+}
+
+// The encoding stands between the count and the text. Where it is not given or is no name, the
+// count is made with what the buffer holds.
+TEST(DynamicArrays, CountTextByTheEncodingThatIsInTheBuffer) {
+  OwnTypes types(structure({{"n", scalar("unsigned short")},
+                            {"encoding", enumeration("char_encoding_t")},
+                            {"text", scalar("unsigned char"), dynamicArray(0, 8)}}));
+  types.manager().setUseDynamicArrays(true);
+  const LogCapture log(Logger::Warning);
+  EXPECT_EQ(patch(types, "0001", R"({"n":0,"text":"ABC"})"), "0601004100420043");
+  EXPECT_EQ(patch(types, "0000", R"({"n":0,"text":"ABC"})"), "0300414243");
+  EXPECT_EQ(patch(types, "0001", R"({"n":0,"encoding":"CE_8","text":"ABC"})"), "0300414243");
+  EXPECT_EQ(encodeOver(types, "0001", R"({"encoding":"no name","text":"ABC"})").raw,
+            "failed: 0601");
 }
 
 TEST(DynamicArrays, AreCountedBehindAReference) {

@@ -13,6 +13,7 @@
 #include "korvat/types/NvType.h"
 #include "tests/LogCapture.h"
 #include "tests/convert/TypeXml.h"
+#include "tests/members/MemberTree.h"
 
 namespace zavri::korvat {
 namespace {
@@ -28,6 +29,7 @@ using test::enumeration;
 using test::floating;
 using test::invalid;
 using test::LogCapture;
+using test::OddMember;
 using test::OwnTypes;
 using test::reference;
 using test::scalar;
@@ -258,9 +260,11 @@ TEST(JsonConverter, NeverWritesAnEnumerationAsANumber) {
 }
 
 TEST(JsonConverter, WritesTheNumberOfAnEnumerationWhoseTypeIsMissing) {
-  OwnTypes types(structure({{"mode", enumeration("ghost_t")}, {"b", scalar("unsigned short")}}));
+  OwnTypes types(structure({{"mode", enumeration("ghost_t")},
+                            {"b", scalar("unsigned short")},
+                            {"again", enumeration("ghost_t")}}));
   const LogCapture log(Logger::Warning);
-  EXPECT_EQ(types.decode("FD05"), R"({"mode":"-3","b":5})");
+  EXPECT_EQ(types.decode("FD0507"), R"({"mode":"-3","b":5,"again":"7"})");
   ASSERT_EQ(log.texts(), Lines{"[korvat] could not resolve enum 0000000000000000-0/ghost_t\n"});
   EXPECT_EQ(log.lines()[0].level, Logger::Warning);
 }
@@ -599,18 +603,6 @@ TEST(JsonConverter, TracesFloatsAndBitFieldsByTheirKind) {
       log.contains(Logger::Trace, "[JsonConverter::toJson] stack-size=2 depth=1 Bitfield\n"));
 }
 
-// A member of a kind that no definition has.
-class OddMember : public Member {
- public:
-  explicit OddMember(int kind) : Member(static_cast<Kind>(kind)) {}
-  std::unique_ptr<Member> clone() const override { return std::make_unique<OddMember>(*this); }
-  bool traverseMember(Context& context, const MemberCallback& onMember,
-                      const StructEndCallback&) const override {
-    return visitBytes(context, *this, onMember, 1);
-  }
-  std::uint64_t countElementBits(BitCount&) const override { return 8; }
-};
-
 // Calls the two callbacks of a walk by hand.
 class JsonConverterStep : public testing::Test {
  protected:
@@ -792,6 +784,22 @@ TEST_F(JsonConverterStep, RefusesTheEndOfAUnionWithoutNode) {
   EXPECT_EQ(log.texts(Logger::Trace),
             (Lines{"[JsonConverter::toJsonStructEnd] stack-size=1 depth=0\n",
                    "[JsonConverter::toJsonStructEnd] UNION END\n"}));
+}
+
+TEST_F(JsonConverterStep, TakesAUnionThatNobodyEnteredForAnEmptyOne) {
+  _manager.setUnionModeBit(TypeManager::UnionModeBit::UnionRawHex);
+  MemAggregate choice;
+  choice.setUnion(true);
+  EXPECT_TRUE(end(choice));
+  EXPECT_EQ(_root.stringify(), "\"\"");
+}
+
+TEST_F(JsonConverterStep, PutsAMemberThatIsNoCharacterInPlaceOfAText) {
+  _root.setValue("text");
+  _context.depth = 1;
+  EXPECT_TRUE(convert(*makeByte("a")));
+  EXPECT_FALSE(_context.stringDone);
+  EXPECT_EQ(_root.stringify(0), R"({"a":1})");
 }
 
 TEST_F(JsonConverterStep, FormatsNoTracesBelowTheirLevel) {

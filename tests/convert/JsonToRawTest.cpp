@@ -473,6 +473,39 @@ TEST(JsonToRaw, ClosesOnlyStructuresAndUnions) {
   EXPECT_TRUE(context.hasFailed);
 }
 
+TEST(JsonToRaw, EndsTheWalkAtAMemberOfNoKind) {
+  OwnTypes types(scalar("unsigned short"));
+  JsonConverter converter(&types.manager(), test::typeOf(types), Endianess::Big, false);
+  Buffer raw;
+  Member::Context context(&types.manager(), raw, false);
+  const json::Value value = parsed("1");
+  JsonConverter::ConstStack stack{{nullptr, -1, &value}};
+  EXPECT_FALSE(converter.toRaw(context, test::OddMember(0), raw, stack));
+  EXPECT_EQ(raw.getSize(), 0u);
+}
+
+TEST(JsonToRaw, FindsNothingForAMemberWithoutAName) {
+  OwnTypes types(structure({{"", scalar("unsigned short")}, {"b", scalar("unsigned short")}}));
+  const LogCapture quiet(Logger::Error);
+  EXPECT_EQ(problemsOf(types, R"({"b":7})"), Lines{": a number is missing"});
+  types.manager().setAllowMissingFields(true);
+  EXPECT_EQ(encodeOver(types, "0102", R"({"b":7})").raw, "0107");
+}
+
+TEST(JsonToRaw, TakesAUnionThatNobodyEnteredForAnEmptyOne) {
+  OwnTypes types(scalar("unsigned short"));
+  JsonConverter converter(&types.manager(), test::typeOf(types), Endianess::Big, false);
+  Buffer raw;
+  Member::Context context(&types.manager(), raw, false);
+  const json::Value value = parsed(R"("0102")");
+  JsonConverter::ConstStack stack{{nullptr, -1, &value}};
+  EXPECT_TRUE(converter.toRawStructEnd(context, *test::makeUnion("u"), raw, stack));
+  types.manager().setUnionModeBit(TypeManager::UnionModeBit::UnionRawHex);
+  const LogCapture quiet(Logger::Error);
+  EXPECT_TRUE(converter.toRawStructEnd(context, *test::makeUnion("u"), raw, stack));
+  EXPECT_EQ(raw.getSize(), 0u);
+}
+
 TEST(JsonToRaw, TracesItsSteps) {
   OwnTypes types(structure({{"a", scalar("unsigned short")}, {"e", enumeration("power_t")}}));
   static_cast<void>(encode(types, R"({"a":1,"e":1})"));  // loads what it needs

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -188,6 +189,46 @@ TEST(LeafWriter, KeepsTheBytesOfARefusedField) {
   EXPECT_FALSE(written.isDone);
   EXPECT_EQ(written.raw, "A5B6");
   EXPECT_EQ(written.problem, "256 is out of range");
+}
+
+TEST(LeafWriter, ForgetsTheProblemOfTheWriteBefore) {
+  Desk desk;
+  Buffer raw;
+  const Member::Context context(&desk.manager, raw, true);
+  LeafWriter writer(&desk.manager, Endianess::Big);
+  const LogCapture quiet(Logger::Warning);
+  const auto text = makeScalar("text", NcType::UnsignedChar, 4);
+  const auto fail = [&] {
+    EXPECT_FALSE(writer.writeScalar(context, *makeScalar("it"), parsed("null"), raw));
+    EXPECT_NE(writer.getProblem(), "");
+  };
+  fail();
+  EXPECT_TRUE(writer.writeScalar(context, *makeScalar("it"), parsed("1"), raw));
+  EXPECT_EQ(writer.getProblem(), "");
+  fail();
+  EXPECT_TRUE(writer.writeFloat(context, *makeFloat("it"), parsed("1"), raw));
+  EXPECT_EQ(writer.getProblem(), "");
+  fail();
+  EXPECT_TRUE(writer.writeBitfield(context, *makeBitfield("it", 0, 8), parsed("1"), raw));
+  EXPECT_EQ(writer.getProblem(), "");
+  fail();
+  EXPECT_TRUE(writer.writeText(context, parsed(R"("AB")"), 4, CharEncoding::Iso8859_1, raw));
+  EXPECT_EQ(writer.getProblem(), "");
+}
+
+// JSON text has no NaN, but a document that a program made can.
+TEST(LeafWriter, MakesZeroOfNaNInAnInteger) {
+  Desk desk;
+  json::Value node;
+  node.setValue(std::numeric_limits<double>::quiet_NaN());
+  desk.manager.setAllowCuttingToMinMax(true);
+  EXPECT_EQ(desk.write(*makeScalar("it", NcType::UnsignedLong), node, "1234").raw, "0000");
+  EXPECT_EQ(desk.write(*makeBitfield("it", 4, 4), node, "12").raw, "10");
+  EXPECT_EQ(desk.write(*makeFloat("it"), node).raw, "7FC00000");
+  desk.manager.setAllowCuttingToMinMax(false);
+  const Written refused = desk.write(*makeBitfield("it", 4, 4), node, "12");
+  EXPECT_FALSE(refused.isDone);
+  EXPECT_EQ(refused.raw, "12");
 }
 
 TEST(LeafWriter, RefusesMembersWithoutABaseType) {

@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "korvat/types/NvType.h"
 #include "tests/LogCapture.h"
 #include "tests/convert/Encoding.h"
+#include "tests/members/MemberTree.h"
 
 namespace zavri::korvat {
 namespace {
@@ -183,6 +185,25 @@ TEST(PacketConverter, LeavesABufferWithoutRoomForItsUnion) {
   EXPECT_EQ(toLittle(types, "000102"), "failed: 000102");
   EXPECT_EQ(log.texts(), Lines{"[VarType::convertPacketStructEnd] invalid union size\n"});
   EXPECT_EQ(log.lines().front().level, Logger::Warning);
+}
+
+TEST(PacketConverter, GoesNoFurtherThanAUnionWithoutRoom) {
+  OwnTypes types(structure({{"u", unionOf({{"quad", scalar("unsigned quad")}})},
+                            {"s", structure({{"w", scalar("unsigned long")}})}}));
+  const LogCapture log(Logger::Warning);
+  EXPECT_EQ(toLittle(types, "0001"), "failed: 0001");
+  EXPECT_EQ(log.texts(), Lines{"[VarType::convertPacketStructEnd] invalid union size\n"});
+}
+
+TEST(PacketConverter, PassesOverMembersWithoutABaseTypeOrAKind) {
+  TypeManager manager("drv");
+  NvType type;
+  type.setMember(test::makeStruct("", test::makeScalar("none", NcType::None),
+                                  std::make_unique<test::OddMember>(0),
+                                  test::makeScalar("word", NcType::UnsignedLong)));
+  Buffer buffer = bytesOf("A50102");
+  EXPECT_TRUE(PacketConverter(&manager, type, Endianess::Big, Endianess::Little).convert(buffer));
+  EXPECT_EQ(BinaryUtils::toString(buffer), "000201");
 }
 
 TEST(PacketConverter, LeavesABufferOfATypeThatCannotBeWalked) {

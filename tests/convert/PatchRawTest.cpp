@@ -132,5 +132,13 @@ TEST(PatchRawRule, IsFollowedByAWholeConversion) {
   EXPECT_FALSE(converter.jsonToRaw(test::parsed(R"({"a":1})"), raw));
 }
 
+TEST(PatchRaw, KeepsAnEnumerationWhoseTypeIsMissing) {
+  OwnTypes types(test::structure(
+      {{"e", test::enumeration("ghost_t")}, {"b", test::scalar("unsigned short")}}));
+  const LogCapture quiet(Logger::Error);
+  EXPECT_EQ(patch(types, "0502", R"({"b":7})"), "0507");
+  EXPECT_EQ(patch(types, "0502", R"({"e":1})"), "failed: 0502");
+}
+
 }  // namespace
 }  // namespace zavri::korvat

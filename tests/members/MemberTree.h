@@ -66,6 +66,18 @@ inline std::unique_ptr<korvat::MemEnum> makeEnum(const std::string& name, const 
   return member;
 }
 
+// A member of a kind that no definition has.
+class OddMember : public korvat::Member {
+ public:
+  explicit OddMember(int kind) : Member(static_cast<Kind>(kind)) {}
+  std::unique_ptr<Member> clone() const override { return std::make_unique<OddMember>(*this); }
+  bool traverseMember(Context& context, const MemberCallback& onMember,
+                      const StructEndCallback&) const override {
+    return visitBytes(context, *this, onMember, 1);
+  }
+  std::uint64_t countElementBits(korvat::BitCount&) const override { return 8; }
+};
+
 template <typename... Children>
 std::unique_ptr<korvat::MemAggregate> makeStruct(const std::string& name, Children... children) {
   auto aggregate = makeMember<korvat::MemAggregate>(name);

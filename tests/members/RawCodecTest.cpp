@@ -766,6 +766,7 @@ const std::vector<UnusableCase> kUnusableCases = {
     {"OneBitTooMany", {1, 8, true}},  {"TwoBitsInTheLast", {7, 2, false}},
     {"BehindTheByte", {8, 1, false}}, {"OffsetNine", {9, 4, true}},
     {"Largest", {255, 255, false}},   {"OffsetWrapsAround", {250, 6, true}},
+    {"SumOfForty", {20, 20, false}},
 };
 INSTANTIATE_TEST_SUITE_P(Slots, UnusableSlot, testing::ValuesIn(kUnusableCases),
                          [](const auto& info) { return info.param.name; });

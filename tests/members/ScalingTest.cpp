@@ -161,6 +161,7 @@ TEST(Scaling, ReachesBeyondThePowersOfTenThatAreDoubles) {
 TEST(Scaling, LeavesOutTheRoundingToAStepBeyondAllNumbers) {
   EXPECT_EQ(fromPhysical(5, true, scalingOf(1, -400, 0)), std::numeric_limits<double>::infinity());
   EXPECT_EQ(fromPhysical(5, true, scalingOf(1, 400, 0)), 0);
+  EXPECT_DOUBLE_EQ(fromPhysical(1e300, true, scalingOf(1, 400, 0)), 1e-100);
 }
 
 TEST(Scaling, KeepsNotANumber) {
