@@ -292,7 +292,7 @@ class ConversionPlan::Maker {
   // A walk gives up after so many.
   bool countVisits(std::uint64_t count) {
     _visits += _multiplier * count;
-    return _multiplier <= kMaxVisits && _visits <= kMaxVisits;
+    return _visits <= kMaxVisits;
   }
 
   std::uint32_t indexOfNext() const { return static_cast<std::uint32_t>(_plan._steps.size()); }

@@ -559,6 +559,12 @@ std::string emptyElements(int count) {
                          test::arraySize(65'536));
 }
 
+// A member behind three bits that do not end their byte, and a number behind it.
+std::string behindBits(const std::string& member) {
+  return test::structure(
+      {{"before", test::bits(0, 3)}, {"it", member}, {"after", test::scalar("unsigned long")}});
+}
+
 const std::string kLongText = test::scalar("unsigned char", test::arraySize(65'536));
 const std::string kByte = test::scalar("unsigned short");
 
@@ -566,6 +572,30 @@ const std::vector<LayoutCase> kLayoutCases = {
     {"Scalar", kByte, true},
     {"Single", test::floating("float"), true},
     {"BitFields", test::structure({{"a", test::bits(0, 3)}, {"b", test::signedBits(3, 5)}}), true},
+    {"ScalarBehindBits", behindBits(test::scalar("signed long")), true},
+    {"FloatBehindBits", behindBits(test::floating("double float")), true},
+    {"EnumerationBehindBits", behindBits(test::enumeration("power_t")), true},
+    {"StructureBehindBits", behindBits(test::structure({{"a", kByte}})), true},
+    {"UnionBehindBits", behindBits(test::unionOf({{"a", kByte}})), true},
+    {"ReferenceBehindBits", behindBits(test::reference("SNVT_word")), true},
+    {"ReferenceToBitsBehindBits", behindBits(test::reference("SNVT_low")), true},
+    {"ArrayBehindBits", behindBits(test::scalar("unsigned long", test::arraySize(2))), true},
+    {"ArrayOfBitsBehindBits", behindBits(test::bits(0, 8, test::arraySize(2))), true},
+    {"TextBehindBits", behindBits(test::scalar("unsigned char", test::arraySize(3))), true},
+    {"MemberBehindAUnion",
+     test::structure({{"before", kByte},
+                      {"u", test::unionOf({{"a", kByte},
+                                           {"b", test::scalar("unsigned quad")},
+                                           {"c", test::scalar("signed long")}})},
+                      {"after", test::scalar("unsigned long")}}),
+     true},
+    {"UnionInAUnion",
+     test::structure(
+         {{"before", kByte},
+          {"u", test::unionOf({{"a", behindBits(test::bits(3, 2))},
+                               {"v", test::unionOf({{"b", test::scalar("signed long")}})}})},
+          {"after", test::scalar("unsigned long")}}),
+     true},
     {"EmptyStructure", test::structure({}), true},
     {"Enumeration", test::enumeration("power_t"), true},
     {"MissingEnumeration", test::enumeration("missing_t"), false},

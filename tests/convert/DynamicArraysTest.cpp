@@ -136,6 +136,18 @@ TEST(DynamicArrays, AreCutToWhatTheTypeHolds) {
   EXPECT_EQ(encoded.problems, Lines{"list: 5 elements given, at most 4 expected"});
 }
 
+// A count that is "invalid" is none: neither the one in the buffer before counts.
+TEST(DynamicArrays, StandWholeBehindAnInvalidCount) {
+  OwnTypes types(structure({{"n", scalar("unsigned short", test::invalid("255"))},
+                            {"list", scalar("unsigned short"), dynamicArray(0, 4)},
+                            {"after", scalar("unsigned short")}}));
+  types.manager().setUseDynamicArrays(true);
+  types.manager().setSupportInvalidKeyword(true);
+  types.manager().setAllowMissingFields(true);
+  const LogCapture log(Logger::Warning);
+  EXPECT_EQ(encodeOver(types, "01AABBCCDDEE", R"({"n":"invalid","after":34})").raw, "FFAABBCCDD22");
+}
+
 TEST(DynamicArrays, CutATextToWhatTheTypeHolds) {
   OwnTypes types(structure(
       {{"n", scalar("unsigned short")}, {"text", scalar("unsigned char"), dynamicArray(0, 2)}}));

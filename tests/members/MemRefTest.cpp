@@ -258,6 +258,23 @@ TEST_F(MemRefInCatalogue, StaysInPlaceWhenTheCallbackSkipsIt) {
   EXPECT_EQ(record.lines, (Lines{"s @0 d0", "r @0 d1", "x @0 d1", "end s @1 d0"}));
 }
 
+TEST_F(MemRefInCatalogue, LeavesItsTypeToNobodyWhenItIsSkipped) {
+  const auto root = makeStruct(
+      "s", makeRef("r", "_pair"), makeScalar("x"), makeRef("r", "_pair"), test::makeFloat("f"),
+      makeRef("r", "_pair"), test::makeBitfield("b", 0, 8), makeRef("r", "_pair"),
+      test::makeEnum("e", "power_t"), makeRef("r", "_pair"), makeStruct("t"));
+  Lines types;
+  Member::Context context(manager(), kNothing, true);
+  test::WalkRecord record;
+  ASSERT_TRUE(record.walk(*root, context, [&types](Member::Context& at, const Member& member) {
+    at.skipChildren = member.getKind() == Member::Kind::Ref;
+    if (at.skipChildren || at.currentType == nullptr) return true;
+    types.push_back(member.getProgName());
+    return true;
+  }));
+  EXPECT_EQ(types, Lines());
+}
+
 TEST_F(MemRefInCatalogue, EndsTheWalkWhenTheCallbackAsksForItOrTheTypeHasNoLayout) {
   Member::Context context(manager(), kNothing, true);
   test::WalkRecord record;

@@ -771,6 +771,17 @@ const std::vector<UnusableCase> kUnusableCases = {
 INSTANTIATE_TEST_SUITE_P(Slots, UnusableSlot, testing::ValuesIn(kUnusableCases),
                          [](const auto& info) { return info.param.name; });
 
+TEST(RawCodec, TakesTheLargestSingleForWhatItIs) {
+  std::uint8_t bytes[4] = {};
+  const double largest = std::numeric_limits<float>::max();
+  EXPECT_EQ(writeField(NcType::Float, largest, Endianess::Big, bytes), AccessStatus::Exact);
+  EXPECT_EQ(bytes[0], 0x7F);
+  EXPECT_EQ(writeField(NcType::Float, -largest, Endianess::Big, bytes), AccessStatus::Exact);
+  EXPECT_EQ(bytes[0], 0xFF);
+  EXPECT_EQ(writeField(NcType::Float, largest * 1.001, Endianess::Big, bytes),
+            AccessStatus::DoesNotFit);
+}
+
 TEST(BitSlot, CountsItsOffsetFromTheMostSignificantBit) {
   EXPECT_EQ(extractBits(0xB4, {2, 3, false}), 6);  // 1011'0100: bits 5 to 3 are 110
 }
