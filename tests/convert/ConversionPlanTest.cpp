@@ -53,12 +53,15 @@ class PlanCheck {
 
   bool hasPlan() const { return _plan != nullptr; }
 
-  // True when the plan itself converts the document.
+  // True when the plan itself converts the document, and its text.
   bool takes(const std::string& json) {
     const json::Value value = test::parsed(json);
     checkEncoding(value, {});
+    checkText(json, {});
     Buffer raw;
-    return _plan->jsonToRaw(value, raw);
+    const bool takesDocument = _plan->jsonToRaw(value, raw);
+    EXPECT_EQ(_plan->jsonTextToRaw(json, raw), takesDocument) << json;
+    return takesDocument;
   }
 
   void check(Random& random) {
@@ -687,7 +690,14 @@ TEST(PlannedConversion, LeavesDocumentsOfAnotherShapeToTheWalk) {
                                         {"t", test::scalar("unsigned char", test::arraySize(2))}}));
   const VarType& type = test::typeOf(types);
   PlanCheck check(types.manager(), type);
-  EXPECT_TRUE(check.takes(R"({"a":1,"list":[1,2],"s":{"x":3},"e":"PWR_ON","t":"AB"})"));
+  for (const char* text : {
+           R"({"a":1,"list":[1,2],"s":{"x":3},"e":"PWR_ON","t":"AB"})",
+           R"({"a":-1,"list":[300,2.5],"s":{"x":1e2},"e":"PWR_ON","t":""})",
+           " {\n\t\"a\" :1 ,\r\n\"list\": [ 1 ,2 ] ,\"s\":{ \"x\":3 }, \"e\": \"PWR_ON\" "
+           ",\"t\":\"A \" } \n",
+       }) {
+    EXPECT_TRUE(check.takes(text)) << text;
+  }
   for (const char* text : {
            "5",
            "[1,2,3,4,5]",

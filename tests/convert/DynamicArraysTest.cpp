@@ -319,6 +319,13 @@ TEST(DynamicArrays, AreCountedBehindAReference) {
   EXPECT_TRUE(manager.jsonToRaw(TypeId(ResourceType::Nv, "", "_x"),
                                 test::parsed(R"({"n":4,"list":[5,6],"after":34})"), raw));
   EXPECT_EQ(util::BinaryUtils::toString(raw), "02050622");
+
+  // Where the array is not given, as many elements as it has room for.
+  const LogCapture quiet(Logger::Error);
+  raw.setSize(0);
+  EXPECT_TRUE(manager.jsonToRaw(TypeId(ResourceType::Nv, "", "_x"),
+                                test::parsed(R"({"n":200,"after":34})"), raw));
+  EXPECT_EQ(util::BinaryUtils::toString(raw), "C80000000022");
 }
 
 TEST(DynamicArrays, NeedACountOfTheirOwnStructure) {

@@ -152,6 +152,8 @@ INSTANTIATE_TEST_SUITE_P(Scalings, FromPhysical, testing::ValuesIn(kRawCases),
                          [](const auto& info) { return info.param.name; });
 
 TEST(Scaling, ReachesBeyondThePowersOfTenThatAreDoubles) {
+  EXPECT_EQ(toPhysical(1, scalingOf(1, 22, 0)), 1e22);
+  EXPECT_DOUBLE_EQ(toPhysical(1, scalingOf(1, 23, 0)), 1e23);  // the first that is not exact
   EXPECT_DOUBLE_EQ(toPhysical(1e10, scalingOf(1, -310, 0)), 1e-300);
   EXPECT_DOUBLE_EQ(toPhysical(1e-10, scalingOf(1, 310, 0)), 1e300);
   EXPECT_DOUBLE_EQ(fromPhysical(1e-300, false, scalingOf(1, -310, 0)), 1e10);
