@@ -592,6 +592,11 @@ const std::vector<LayoutCase> kLayoutCases = {
                                            {"c", test::scalar("signed long")}})},
                       {"after", test::scalar("unsigned long")}}),
      true},
+    {"UnionOfNothing",
+     test::structure({{"before", kByte},
+                      {"u", test::unionOf({{"empty", test::structure({})}})},
+                      {"after", test::scalar("unsigned long")}}),
+     true},
     {"UnionInAUnion",
      test::structure(
          {{"before", kByte},

@@ -111,6 +111,14 @@ TEST(JsonToRawTextRule, WritesCodeUnitsInTheOrderOfTheValue) {
             "014100420022");
 }
 
+TEST(JsonToRawTextRule, TakesTheEncodingFromAnArrayOfOne) {
+  OwnTypes types(structure({{"encoding", enumeration("char_encoding_t"), arraySize(1)},
+                            {"text", scalar("unsigned long"), arraySize(2)}}));
+  const std::string json = R"({"encoding":["CE_16"],"text":"AB"})";
+  EXPECT_EQ(encode(types, json), "0100410042");
+  EXPECT_EQ(types.decode("0100410042"), json);
+}
+
 TEST(JsonToRawTextRule, CutsATextThatIsTooLong) {
   OwnTypes types(structure({{"text", scalar("unsigned char", arraySize(2))}}));
   const LogCapture log(Logger::Warning);
