@@ -15,7 +15,7 @@ bool MemFloat::traverseMember(Context& context, const MemberCallback& onMember,
 }
 
 std::uint64_t MemFloat::countElementBits(BitCount&) const {
-  return 8 * getByteCount();
+  return std::uint64_t{8} * getByteCount();
 }
 
 double MemFloat::toPhysical(double raw) const {

@@ -12,7 +12,7 @@ bool MemScalar::traverseMember(Context& context, const MemberCallback& onMember,
 }
 
 std::uint64_t MemScalar::countElementBits(BitCount&) const {
-  return 8 * getByteCount();
+  return std::uint64_t{8} * getByteCount();
 }
 
 double MemScalar::toPhysical(std::int64_t raw) const {

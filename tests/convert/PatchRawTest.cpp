@@ -140,5 +140,10 @@ TEST(PatchRaw, KeepsAnEnumerationWhoseTypeIsMissing) {
   EXPECT_EQ(patch(types, "0502", R"({"e":1})"), "failed: 0502");
 }
 
+TEST(PatchRaw, EndsWithTheByteOfBitsThatAreNotGiven) {
+  OwnTypes types(structure({{"a", scalar("unsigned short")}, {"b", bits(3, 3)}}));
+  EXPECT_EQ(patch(types, "", R"({"a":7})"), "0700");
+}
+
 }  // namespace
 }  // namespace zavri::korvat
