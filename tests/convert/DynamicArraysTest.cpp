@@ -109,6 +109,12 @@ const std::vector<CountCase> kCountCases = {
      structure(
          {{"n", reference("SNVT_word")}, {"list", scalar("unsigned short"), dynamicArray(0, 4)}}),
      R"({"n":9,"list":[5,6]})", "00020506"},
+    {"GivenByTheLastOfSeveralReferences",
+     structure({{"r", reference("SNVT_word")},
+                {"b", scalar("unsigned short")},
+                {"n", reference("SNVT_word")},
+                {"list", scalar("unsigned short"), dynamicArray(0, 4)}}),
+     R"({"r":1,"b":2,"n":9,"list":[5,6]})", "00010200020506"},
     {"OfReferences",
      structure(
          {{"n", scalar("unsigned short")}, {"list", reference("SNVT_pair"), dynamicArray(0, 4)}}),

@@ -265,6 +265,14 @@ const std::vector<ShownCase> kShownCases = {
 INSTANTIATE_TEST_SUITE_P(Units, DisplayScalingBothWays, testing::ValuesIn(kShownCases),
                          [](const auto& info) { return info.param.name; });
 
+// 0.1 * (2e15 + 1) - 2e14 has lost all but its first digit: no decimal is nearer than another.
+TEST(DisplayScaling, RoundsNothingThatAnOffsetHasLeftInaccurate) {
+  const DisplayScaling scaling(0.1, -2e14);
+  const double physical = 2e15 + 1;
+  EXPECT_NE(scaling.toShown(physical), 0.1);
+  EXPECT_EQ(scaling.toShownDecimal(physical, 0), scaling.toShown(physical));
+}
+
 TEST(DisplayScaling, KeepsWhatIsNoNumber) {
   const DisplayScaling scaling(1.8, 32);
   EXPECT_TRUE(std::isnan(scaling.toShownDecimal(std::nan(""), 2)));
