@@ -16,7 +16,8 @@ using test::LogCapture;
 // A door: 0 closed, 1 open, 2 locked; 1 push, 2 turn key; action 1 rings, 2 jams it in state 9.
 class Door : public TStateMachine<Door> {
  public:
-  static constexpr std::array<Transition, 4> kTransitions{{
+  static constexpr std::array<Transition, 5> kTransitions{{
+      {0, 0, 2, 2},  // never taken
       {0, 1, 1, 1},
       {1, 1, 0, 0},
       {0, 2, 2, 0},
@@ -91,6 +92,7 @@ TEST(TStateMachine, NeverLooksForARowOfEventZero) {
   LogCapture log;
   door.processEvent(0, nullptr, nullptr);
   EXPECT_EQ(door.getState(), 0u);
+  EXPECT_TRUE(door.actions.empty());
   EXPECT_EQ(log.texts(),
             std::vector<std::string>{"[TStateMachine::processEvent] none value=(null)\n"});
 }

@@ -103,12 +103,16 @@ TEST(MemBitfield, LeavesItsOffsetBehindWhenItDoesNotEndTheByte) {
 
 TEST(MemBitfield, ReportsAnOffsetOutsideOfItsByte) {
   test::LogCapture log;
-  EXPECT_EQ(test::recordWalk(*makeBitfield("b", 9, 1)), std::vector<std::string>{"b @0.9 d0"});
-  EXPECT_EQ(log.texts(Logger::Debug),
-            std::vector<std::string>{"[MemBitfield::traverseMember] _offset=9\n"});
-  EXPECT_EQ(log.lines().size(), 1u);
+  for (const char* offset : {"8", "9"}) {
+    const auto bits = makeBitfield("b", static_cast<std::uint8_t>(std::stoi(offset)), 1);
+    const std::string place = std::string("b @0.") + offset + " d0";
+    EXPECT_EQ(test::recordWalk(*bits), std::vector<std::string>{place});
+    const std::string text = std::string("[MemBitfield::traverseMember] _offset=") + offset + "\n";
+    EXPECT_EQ(log.texts(Logger::Debug), std::vector<std::string>{text});
+    EXPECT_EQ(log.lines().size(), 1u);
+    log.clear();
+  }
 
-  log.clear();
   test::recordWalk(*makeBitfield("b", 7, 1));
   EXPECT_TRUE(log.lines().empty());
 }
