@@ -262,6 +262,25 @@ TEST(DynamicArrays, AreNotFoundBehindAMemberThatIsNotThere) {
   EXPECT_EQ(util::BinaryUtils::toString(raw), "09");
 }
 
+// A count that is shown in another unit is the raw number all the same.
+TEST(DynamicArrays, AreCountedByANumberShownInAnotherUnit) {
+  TypeManager manager("drv");
+  manager.setUseDynamicArrays(true);
+  NvType type;
+  auto count = test::makeScalar("n");
+  count->setDisplayScaling(DisplayScaling(2, 10));
+  auto list = test::makeScalar("list", NcType::UnsignedShort, 4);
+  list->setArrayMinSize(0);
+  type.setMember(test::makeStruct("", std::move(count), std::move(list)));
+  JsonConverter converter(&manager, type, Endianess::Big, false);
+  base::Buffer raw;
+  EXPECT_TRUE(converter.jsonToRaw(test::parsed(R"({"n":0,"list":[5,6,7]})"), raw));
+  EXPECT_EQ(util::BinaryUtils::toString(raw), "03050607");
+  json::Value value;
+  EXPECT_TRUE(converter.rawToJson(raw, value));
+  EXPECT_EQ(value.stringify(0), R"({"n":16.0,"list":[5,6,7]})");
+}
+
 TEST(DynamicArrays, AreNotCountedByANumberWithoutABaseType) {
   TypeManager manager("drv");
   manager.setUseDynamicArrays(true);
