@@ -55,8 +55,7 @@ CountedArray findCountedArray(const Member::Context& context, const std::string&
   const auto& siblings = context.parentStack.back()->getChildren();
   auto sibling = std::find_if(siblings.begin(), siblings.end(), [&](const auto& child) {
     if (child.get() == &scalar) return true;
-    const bool isReference = child && child->getKind() == Member::Kind::Ref && !child->isArray();
-    return isReference && child->getProgName() == key;
+    return child && child->getKind() == Member::Kind::Ref && child->getProgName() == key;
   });
   if (sibling == siblings.end()) return {};
   CountedArray counted;

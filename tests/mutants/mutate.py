@@ -1,15 +1,16 @@
 #!/usr/bin/env python3
 """Changes the library in one place at a time and tells which changes no test notices.
 
-    tests/mutants/mutate.py WORK [--count N] [--seed N] [--only PATH] [--list]
+    tests/mutants/mutate.py WORK [--count N] [--seed N] [--only PATH] [--again] [--list]
 
 All changes are compiled into the library at once, each behind a question for its number, which an
 environment variable of the test program answers: a mutant then costs no more than the tests that
 kill it. Only changes within one line can be made that way.
 
 WORK is a folder for copies and builds; what is there already is used again, so that a run can go on
-where an earlier one with the same arguments ended. One line is written to WORK/results.txt for each
-mutant, its state, its place and the change. States:
+where an earlier one with the same arguments ended; --again tries those that survived, and only
+those, once more. One line is written to WORK/results.txt for each mutant, its state, its place and
+the change. States:
 
     killed     a test failed, or did not end
     survived   all tests passed
@@ -319,6 +320,7 @@ def main():
     parser.add_argument("--count", type=int, default=600)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--only", default="", help="part of the path")
+    parser.add_argument("--again", action="store_true")
     parser.add_argument("--list", action="store_true")
     options = parser.parse_args()
 
@@ -340,11 +342,17 @@ def main():
     random.Random(options.seed).shuffle(todo)
     print(f"{len(todo)} mutants", flush=True)
     results = work / "results.txt"
-    known = set()
+    known = {}  # text of a mutant: its state
     if results.exists():
-        known = {line.split(" ", 1)[1] for line in results.read_text().splitlines()}
+        lines = [line.split(" ", 1) for line in results.read_text().splitlines()]
+        known = {text: state for state, text in lines}
     texts = {n: line.describe(change) for n, (line, change) in build.mutants.items()}
-    todo = [n for n in todo[:options.count] if texts[n] not in known]
+    if options.again:
+        todo = [n for n in todo if known.get(texts[n]) == "survived"]
+        results.write_text("".join(f"{state} {text}\n" for text, state in known.items()
+                                   if state != "survived"))
+    else:
+        todo = [n for n in todo[:options.count] if texts[n] not in known]
     with results.open("a") as out:
         for number, state in zip(todo, in_parallel(build.judge, todo)):
             print(state, texts[number], file=out, flush=True)
