@@ -746,6 +746,20 @@ TEST(PlannedConversion, LeavesDocumentsOfAnotherShapeToTheWalk) {
   }
 }
 
+// A whole number that falls between two steps is rounded, halves away from zero; one with a
+// fraction is brought to the nearest step first, halves upward.
+TEST(PlannedConversion, RoundsToAStepAsTheWalkDoes) {
+  test::OwnTypes types(test::scalar("signed long", test::scaling(2, 0, 0)));
+  PlanCheck check(types.manager(), test::typeOf(types));
+  for (int number = -9; number <= 9; ++number) {
+    EXPECT_TRUE(check.takes(std::to_string(number)));
+    EXPECT_TRUE(check.takes(std::to_string(number) + ".0"));
+    EXPECT_TRUE(check.takes(std::to_string(number) + ".5"));
+  }
+  EXPECT_EQ(test::encode(types, "-3"), "FFFE");
+  EXPECT_EQ(test::encode(types, "-3.0"), "FFFF");
+}
+
 TEST(EnumTable, LeavesOutItemsWithoutAName) {
   EnumType type;
   type.addItem(1, "ONE");
