@@ -21,8 +21,9 @@ namespace {
 // Larger types are rare and take their time anyway.
 constexpr std::size_t kMaxSteps = 16'384;
 constexpr std::uint64_t kMaxRawSize = 1 << 20;  // bytes
-constexpr std::uint32_t kMaxDepth =
-    64;  // of structures and arrays, each perhaps behind a reference
+
+// Of structures and arrays, each perhaps behind a reference.
+constexpr std::uint32_t kMaxDepth = 64;
 static_assert(2 * (kMaxDepth + 1) < kMaxNesting, "a walk goes deeper");
 
 // Digits behind the point up to which every number that is not 0 prints without an exponent.

@@ -9,8 +9,8 @@ kill it. Only changes within one line can be made that way.
 
 WORK is a folder for copies and builds; what is there already is used again, so that a run can go on
 where an earlier one with the same arguments ended; --again tries those that survived, and only
-those, once more. One line is written to WORK/results.txt for each mutant, its state, its place and
-the change. States:
+those, once more. One line is added to WORK/results.txt for each mutant that was tried: its state,
+its place and the change. The last one of a mutant counts. States:
 
     killed     a test failed, or did not end
     survived   all tests passed
@@ -268,7 +268,7 @@ class Build:
                 if not self.drop_refused_lines(run.stderr):
                     sys.exit(run.stderr)
         objects = []
-        # An object is as old as the sources allow: any header may be part of it.
+        # Any header may be part of an object.
         newest_header = max(p.stat().st_mtime for folder in ("korvat", "tests")
                             for p in (ROOT / folder).rglob("*.h"))
 
@@ -314,6 +314,14 @@ class Build:
         return "survived"
 
 
+def states_in(results):
+    """Text of a mutant: its state."""
+    if not results.exists():
+        return {}
+    lines = [line.split(" ", 1) for line in results.read_text().splitlines()]
+    return {text: state for state, text in lines}
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("work", type=pathlib.Path)
@@ -342,21 +350,16 @@ def main():
     random.Random(options.seed).shuffle(todo)
     print(f"{len(todo)} mutants", flush=True)
     results = work / "results.txt"
-    known = {}  # text of a mutant: its state
-    if results.exists():
-        lines = [line.split(" ", 1) for line in results.read_text().splitlines()]
-        known = {text: state for state, text in lines}
+    known = states_in(results)
     texts = {n: line.describe(change) for n, (line, change) in build.mutants.items()}
     if options.again:
         todo = [n for n in todo if known.get(texts[n]) == "survived"]
-        results.write_text("".join(f"{state} {text}\n" for text, state in known.items()
-                                   if state != "survived"))
     else:
         todo = [n for n in todo[:options.count] if texts[n] not in known]
     with results.open("a") as out:
         for number, state in zip(todo, in_parallel(build.judge, todo)):
             print(state, texts[number], file=out, flush=True)
-    states = [line.split(" ", 1)[0] for line in results.read_text().splitlines()]
+    states = list(states_in(results).values())
     print({state: states.count(state) for state in ("killed", "survived")})
 
 
