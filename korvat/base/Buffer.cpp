@@ -8,6 +8,10 @@ void Buffer::setSize(unsigned size) {
   _bytes.resize(size);
 }
 
+void Buffer::growTo(std::uint64_t size) {
+  if (getSize() < size) setSize(static_cast<unsigned>(size));
+}
+
 void Buffer::clear() {
   _bytes.clear();
 }

@@ -20,6 +20,8 @@ class KORVAT_API Buffer {
 
   // Cuts, or appends zero bytes.
   void setSize(unsigned size);
+  // Appends zero bytes up to that size; never cuts.
+  void growTo(std::uint64_t size);
   void clear();
 
   bool operator==(const Buffer& other) const { return _bytes == other._bytes; }

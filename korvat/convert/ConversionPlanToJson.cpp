@@ -1,4 +1,5 @@
 #include <charconv>
+#include <cstdlib>
 #include <cstring>
 
 #include "korvat/base/JsonText.h"
@@ -102,8 +103,7 @@ class ConversionPlan::DocumentReader {
   [[gnu::noinline]] static void readFloating(const Step& step, const std::uint8_t* bytes,
                                              json::Value& target) {
     const auto& member = step.as<MemFloat>();
-    double raw = 0;
-    static_cast<void>(readField(member.getNcType(), bytes, Endianess::Big, raw));
+    const double raw = readDouble(member.getNcType(), bytes, Endianess::Big);
     if (!member.isScalingIdentity()) return target.setValue(member.toPhysical(raw));
     if (!step.isSingle) return target.setValue(raw);
     target.setValue(static_cast<float>(raw));
@@ -233,7 +233,7 @@ class ConversionPlan::TextWriter {
     const std::int64_t number = step.toDecimal(raw);
     makeRoom(kLongestNumber);
     if (number < 0) *_at++ = '-';
-    const auto size = static_cast<std::uint64_t>(number < 0 ? -number : number);
+    const auto size = static_cast<std::uint64_t>(std::abs(number));
     const auto power = kPowersOfTen[step.decimals];
     _at = std::to_chars(_at, _at + kLongestNumber, size / power).ptr;
     *_at++ = '.';
@@ -252,8 +252,7 @@ class ConversionPlan::TextWriter {
 
   void writeFloat(const Step& step, const std::uint8_t* bytes) {
     const auto& member = step.as<MemFloat>();
-    double raw = 0;
-    static_cast<void>(readField(member.getNcType(), bytes, Endianess::Big, raw));
+    const double raw = readDouble(member.getNcType(), bytes, Endianess::Big);
     if (!member.isScalingIdentity()) return writeFloating(member.toPhysical(raw));
     if (!step.isSingle) return writeFloating(raw);
     writeFloating(static_cast<float>(raw));

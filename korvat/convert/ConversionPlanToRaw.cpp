@@ -34,15 +34,15 @@ class Scratch {
     _bytes = byteCount > _few.size() ? _many.data() : _few.data();
     if (!isFilled) return;
     const std::uint32_t known = std::min<std::uint32_t>(byteCount, buffer.getSize());
-    if (known != 0) std::memcpy(_bytes, buffer.getData(), known);
+    std::copy_n(buffer.getData(), known, _bytes);
     std::memset(_bytes + known, 0, byteCount - known);
   }
 
   std::uint8_t* getBytes() { return _bytes; }
 
   void commit() {
-    if (_buffer.getSize() < _byteCount) _buffer.setSize(_byteCount);
-    if (_byteCount != 0) std::memcpy(_buffer.getData(), _bytes, _byteCount);
+    _buffer.growTo(_byteCount);
+    std::copy_n(_bytes, _byteCount, _buffer.getData());
   }
 
  private:
@@ -378,7 +378,7 @@ class ConversionPlan::TextReader {
     // How large the exponent of a zero may be is up to the parser.
     if (hasExponent && (digits == 0 || !skipExponent())) return false;
     const bool isWhole = !hasExponent && point == _at;
-    return isWhole ? readWhole(start, number) : readDouble(start, number);
+    return isWhole ? readAs<std::int64_t>(start, number) : readAs<double>(start, number);
   }
 
   // Appends digits to those of `number`, of which only the first 18 count: who has more, asks for
@@ -399,15 +399,9 @@ class ConversionPlan::TextReader {
     return readDigits(ignored);
   }
 
-  bool readWhole(const char* start, Number& number) const {
-    std::int64_t whole = 0;
-    if (std::from_chars(start, _at, whole).ec != std::errc()) return false;
-    number = Number::of(whole);
-    return true;
-  }
-
-  bool readDouble(const char* start, Number& number) const {
-    double value = 0;
+  template <typename T>
+  bool readAs(const char* start, Number& number) const {
+    T value{};
     if (std::from_chars(start, _at, value).ec != std::errc()) return false;
     number = Number::of(value);
     return true;

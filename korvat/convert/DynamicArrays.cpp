@@ -23,7 +23,7 @@ const Member* findNext(const Member::Context& context, const std::string& key,
       return children.empty() ? nullptr : children.front().get();
     }
     default: {
-      const bool isChild = context.arrayIndex < 0 && !context.parentStack.empty() && !key.empty();
+      const bool isChild = !context.parentStack.empty() && !key.empty();
       return isChild ? context.parentStack.back()->getNextSibling(key) : nullptr;
     }
   }

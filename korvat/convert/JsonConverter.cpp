@@ -180,7 +180,7 @@ void JsonConverter::writeArray(Member::Context& context, const Member& member, c
       const std::uint64_t size = buffer.getSize();
       const std::uint64_t start = std::uint64_t{context.bytePos} + (context.bitOffset != 0 ? 1 : 0);
       const std::uint64_t wanted = std::uint64_t{context.elementCount} * scalar.getByteCount();
-      const std::uint64_t byteCount = start >= size ? 0 : std::min(wanted, size - start);
+      const std::uint64_t byteCount = std::min(wanted, size - std::min(start, size));
       const std::uint8_t* bytes = byteCount == 0 ? nullptr : buffer.getData() + start;
       target.setValue(readText(bytes, static_cast<unsigned>(byteCount), rule.encoding, _endianess));
       return;
@@ -236,9 +236,8 @@ void JsonConverter::writeScalar(Member::Context& context, const MemScalar& membe
 void JsonConverter::writeFloat(Member::Context& context, const MemFloat& member,
                                const Buffer& buffer, json::Value& target) const {
   const auto bytes = readRaw(context, buffer, member.getByteCount());
-  context.arraySize = -1;
-  double raw = 0;
-  static_cast<void>(readField(member.getNcType(), bytes.data(), _endianess, raw));
+  context.forgetArraySize();
+  const double raw = readDouble(member.getNcType(), bytes.data(), _endianess);
   if (!member.isScalingIdentity()) {
     target.setValue(member.toPhysical(raw));
   } else if (member.getNcType() == NcType::Double) {
@@ -314,7 +313,6 @@ bool JsonConverter::writeUnionHex(Member::Context& context, const Buffer& buffer
   while (stack.size() > depth + 1) stack.pop_back();
   json::Value* target = stack.back().value;
   if (target == nullptr) return false;
-  target->clear();
   target->switchType(json::JsonType::String);
 
   const Member::UnionFrame frame =

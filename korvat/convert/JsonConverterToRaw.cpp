@@ -71,7 +71,7 @@ bool JsonConverter::walkToRaw(const json::Value& value, Buffer& raw) {
 
   // A value always has its whole length, also when its last members were not given.
   context.closeByte();
-  if (raw.getSize() < context.bytePos) raw.setSize(context.bytePos);
+  raw.growTo(context.bytePos);
   return true;
 }
 
@@ -369,7 +369,7 @@ void JsonConverter::noteWritten(Member::Context& context, const Member& member,
       context.charEncoding = widthOfCharEncoding(byte);
     }
   } else if (member.getKind() == Member::Kind::Float) {
-    context.arraySize = -1;
+    context.forgetArraySize();
   } else if (member.getKind() == Member::Kind::Scalar) {
     const auto& scalar = static_cast<const MemScalar&>(member);
     if (!context.useDynamicArrays || !scalar.getScaling().isIdentity()) return;
@@ -402,8 +402,7 @@ bool JsonConverter::closeAggregateToRaw(Member::Context& context, const Member& 
   // Also a short alternative takes up the whole union.
   const Member::UnionFrame frame =
       context.unionStack.empty() ? Member::UnionFrame() : context.unionStack.back();
-  const std::uint64_t end = std::uint64_t{frame.start} + frame.extent;
-  if (raw.getSize() < end) raw.setSize(static_cast<unsigned>(end));
+  raw.growTo(std::uint64_t{frame.start} + frame.extent);
   return true;
 }
 
@@ -428,8 +427,7 @@ bool JsonConverter::readUnionHex(Member::Context& context, Buffer& raw, ConstSta
 
   const Member::UnionFrame frame =
       context.unionStack.empty() ? Member::UnionFrame() : context.unionStack.back();
-  const std::uint64_t end = std::uint64_t{frame.start} + frame.extent;
-  if (raw.getSize() < end) raw.setSize(static_cast<unsigned>(end));
+  raw.growTo(std::uint64_t{frame.start} + frame.extent);
   const std::string hex = node.asString();
   Buffer bytes;
   const unsigned byteCount = util::BinaryUtils::stringToBuffer(bytes, hex, 0);
@@ -444,7 +442,7 @@ bool JsonConverter::readUnionHex(Member::Context& context, Buffer& raw, ConstSta
     addProblem(stack, "the hexadecimal text is too long for the union");
   }
   bytes.setSize(frame.extent);
-  if (frame.extent > 0) std::memcpy(raw.getData() + frame.start, bytes.getData(), frame.extent);
+  std::copy_n(bytes.getData(), frame.extent, raw.getData() + frame.start);
   return true;
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <type_traits>
 
@@ -27,8 +26,7 @@ namespace {
 
 // The bytes at the context's position, the buffer made long enough for them.
 std::uint8_t* placeFor(const Member::Context& context, unsigned byteCount, Buffer& raw) {
-  const std::uint64_t end = std::uint64_t{context.bytePos} + byteCount;
-  if (raw.getSize() < end) raw.setSize(static_cast<unsigned>(end));
+  raw.growTo(std::uint64_t{context.bytePos} + byteCount);
   return raw.getData() + context.bytePos;
 }
 
@@ -165,16 +163,12 @@ bool LeafWriter::writeBitfield(const Member::Context& context, const MemBitfield
                                const json::Value& node, Buffer& raw) {
   _problem.clear();
   Outcome outcome = Outcome::Refused;
-  std::int16_t number = 0;
-  if (member.getSlot().isSigned) {
-    std::int8_t target = 0;
+  const auto take = [&](auto target) -> std::int16_t {
     outcome = setRawValue(member, node, target);
-    number = target;
-  } else {
-    std::uint8_t target = 0;
-    outcome = setRawValue(member, node, target);
-    number = target;
-  }
+    return target;
+  };
+  const std::int16_t number =
+      member.getSlot().isSigned ? take(std::int8_t{}) : take(std::uint8_t{});
   if (outcome == Outcome::Refused) return false;
 
   const AccessStatus status = insertBits(number, member.getSlot(), *placeFor(context, 1, raw));
@@ -231,8 +225,7 @@ bool LeafWriter::writeText(const Member::Context& context, const json::Value& no
   bool isCut = false;
   const std::string text = node.asString();
   const Buffer bytes = korvat::writeText(text, byteCount, encoding, _endianess, isCut);
-  std::uint8_t* place = placeFor(context, byteCount, raw);
-  if (byteCount > 0) std::memcpy(place, bytes.getData(), byteCount);
+  std::copy_n(bytes.getData(), byteCount, placeFor(context, byteCount, raw));
   if (isCut) {
     Logger::warning("[JsonConverter::getString] string truncated: %s\n", text.c_str());
     _problem =

@@ -19,7 +19,7 @@ namespace {
 
 template <typename T>
 bool copyAs(Packet& input, Packet& output) {
-  T number = 0;
+  T number{};
   if (!input.read(number)) return false;
   output.add(number);
   return true;
@@ -27,7 +27,7 @@ bool copyAs(Packet& input, Packet& output) {
 
 template <typename T>
 bool peekAs(const Packet& input, std::uint64_t& number) {
-  T value = 0;
+  T value{};
   if (!input.peek(value)) return false;
   number = value;
   return true;
@@ -96,7 +96,7 @@ bool PacketConverter::moveTo(std::uint32_t bytePos) {
 
 // A dynamic array that follows takes its element count from this field.
 void PacketConverter::setContextArraySize(Member::Context& context, const Member& member) const {
-  context.arraySize = -1;
+  context.forgetArraySize();
   if (member.getKind() != Member::Kind::Scalar || byteCountOf(member) == 0) return;
   std::uint64_t number = 0;
   if (!peekNumber(_input, byteCountOf(member), number)) return;
@@ -105,7 +105,6 @@ void PacketConverter::setContextArraySize(Member::Context& context, const Member
 
 bool PacketConverter::convertStructEnd(Member::Context& context, const Member& member) {
   Logger::trace("[VarType::convertPacketStructEnd] depth=%ld\n", static_cast<long>(context.depth));
-  context.arraySize = -1;
   bool isDone = member.getKind() == Member::Kind::Aggregate;
   if (isDone && static_cast<const MemAggregate&>(member).isUnion())
     isDone = copyOuterUnion(context);

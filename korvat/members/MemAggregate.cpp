@@ -83,7 +83,7 @@ bool MemAggregate::traverseMember(Context& context, const MemberCallback& onMemb
   if (!traverseChildren(context, onMember, onStructEnd)) return false;
 
   context.parentStack.pop_back();
-  context.arraySize = -1;
+  context.forgetArraySize();
   context.depth -= 1;
   onStructEnd(context, *this);
   if (_isUnion) {

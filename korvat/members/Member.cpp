@@ -135,7 +135,7 @@ bool Member::traverse(Context& context, const MemberCallback& onMember,
   }
 
   if (isArray()) {
-    context.arraySize = -1;
+    context.forgetArraySize();
     context.depth -= 1;
   }
   if (context.stopArray && visited > 0) {

@@ -182,6 +182,8 @@ struct KORVAT_API Member::Context {
   // they are too deep inside each other.
   [[nodiscard]] bool enter();
   void leave() { --nesting; }
+  // A number was no element count, or its array is over.
+  void forgetArraySize() { arraySize = -1; }
   // Moves to the next byte when the current one is partly used.
   void closeByte();
   // Moves by whole bytes; stays at the largest position when it would pass it.

@@ -188,7 +188,7 @@ AccessStatus MemberValue::setValue(const void* source, unsigned byteCount,
   const std::uint64_t position = getPosition();
   const std::uint64_t end = position + memberSize;
   if (end > kMaxByteCount) return AccessStatus::NotAccessible;
-  if (target->getSize() < end) target->setSize(static_cast<unsigned>(end));
+  target->growTo(end);
 
   std::uint8_t* bytes = target->getData() + position;
   if (memberSize > byteCount) std::memset(bytes, 0, memberSize);
@@ -240,10 +240,8 @@ AccessStatus MemberValue::set(std::int32_t index, T value) const {
   if (status != AccessStatus::Exact) return status;
 
   std::int64_t integer = 0;
-  double floating = 0;
   static_cast<void>(readField(ncType, bytes.data(), getByteOrder(), integer));
-  static_cast<void>(readField(ncType, bytes.data(), getByteOrder(), floating));
-  element.reportOutOfRange(integer, floating);
+  element.reportOutOfRange(integer, readDouble(ncType, bytes.data(), getByteOrder()));
   return converted;
 }
 

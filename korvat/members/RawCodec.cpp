@@ -67,7 +67,7 @@ AccessStatus narrowToSingle(double value, float& result) {
 template <typename To, typename From>
 AccessStatus integerToFloating(From value, To& result) {
   result = static_cast<To>(value);
-  From back = 0;
+  From back{};
   if (truncateFloating(result, back) != AccessStatus::Exact) return AccessStatus::DoesNotFit;
   return back == value ? AccessStatus::Exact : AccessStatus::DoesNotFit;
 }
@@ -221,6 +221,12 @@ std::int64_t readInteger(NcType type, const std::uint8_t* bytes, Endianess order
   if (!row.isSigned) return static_cast<std::int64_t>(bits);
   const unsigned unusedBits = 64 - 8 * row.byteCount;
   return static_cast<std::int64_t>(bits << unusedBits) >> unusedBits;
+}
+
+double readDouble(NcType type, const std::uint8_t* bytes, Endianess order) {
+  double number{};
+  static_cast<void>(readField(type, bytes, order, number));
+  return number;
 }
 
 std::uint8_t extractBits(std::uint8_t byte, const BitSlot& slot) {

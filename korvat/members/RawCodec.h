@@ -71,6 +71,9 @@ template <typename T>
 // Integer field of 1, 2 or 4 bytes, sign-extended when the type is signed; 0 for all other types.
 KORVAT_API std::int64_t readInteger(NcType type, const std::uint8_t* bytes, base::Endianess order);
 
+// Field of a number as a double; 0 for a type without bytes.
+KORVAT_API double readDouble(NcType type, const std::uint8_t* bytes, base::Endianess order);
+
 // Number of 0 to 8 bytes, without a sign.
 KORVAT_API std::uint64_t loadBits(const std::uint8_t* bytes, unsigned byteCount,
                                   base::Endianess order);

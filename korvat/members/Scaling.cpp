@@ -20,10 +20,9 @@ double powerOfTen(int exponent) {
   return index < kExact.size() ? kExact[index] : std::pow(10.0, exponent);
 }
 
-// value * 10^exponent. Zero stays zero even where the power is infinite.
+// value * 10^exponent. Powers beyond those of doubles are taken in parts: zero stays zero.
 double shiftDecimal(double value, int exponent) {
   constexpr int kLargest = 308;  // of the powers of ten that are doubles
-  if (value == 0 || !std::isfinite(value)) return value;
   for (; exponent < -kLargest; exponent += kLargest) value /= powerOfTen(kLargest);
   for (; exponent > kLargest; exponent -= kLargest) value *= powerOfTen(kLargest);
   return exponent < 0 ? value / powerOfTen(-exponent) : value * powerOfTen(exponent);

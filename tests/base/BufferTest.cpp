@@ -40,6 +40,15 @@ TEST(Buffer, AppendsZeroBytesWhenItGrows) {
   EXPECT_EQ(buffer, Buffer(expected, 5));
 }
 
+TEST(Buffer, GrowsToASizeAndNeverShrinks) {
+  Buffer buffer(kBytes, 3);
+  buffer.growTo(2);
+  EXPECT_EQ(buffer, Buffer(kBytes, 3));
+  buffer.growTo(5);
+  const std::uint8_t expected[] = {0x12, 0x34, 0x56, 0, 0};
+  EXPECT_EQ(buffer, Buffer(expected, 5));
+}
+
 TEST(Buffer, CutsWhenItShrinks) {
   Buffer buffer(kBytes, 3);
   buffer.setSize(1);

@@ -188,11 +188,13 @@ TEST(PacketConverter, LeavesABufferWithoutRoomForItsUnion) {
 }
 
 TEST(PacketConverter, GoesNoFurtherThanAUnionWithoutRoom) {
-  OwnTypes types(structure({{"u", unionOf({{"quad", scalar("unsigned quad")}})},
-                            {"s", structure({{"w", scalar("unsigned long")}})}}));
-  const LogCapture log(Logger::Warning);
-  EXPECT_EQ(toLittle(types, "0001"), "failed: 0001");
-  EXPECT_EQ(log.texts(), Lines{"[VarType::convertPacketStructEnd] invalid union size\n"});
+  const std::string tooLong = unionOf({{"quad", scalar("unsigned quad")}});
+  for (const std::string& next : {structure({{"w", scalar("unsigned long")}}), tooLong}) {
+    OwnTypes types(structure({{"u", tooLong}, {"next", next}}));
+    const LogCapture log(Logger::Warning);
+    EXPECT_EQ(toLittle(types, "0001"), "failed: 0001");
+    EXPECT_EQ(log.texts(), Lines{"[VarType::convertPacketStructEnd] invalid union size\n"});
+  }
 }
 
 TEST(PacketConverter, PassesOverMembersWithoutABaseTypeOrAKind) {

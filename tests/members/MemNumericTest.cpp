@@ -92,6 +92,14 @@ TYPED_TEST(NumericLimits, AreCopiedByAClone) {
   EXPECT_TRUE((copy->getScaling() == Scaling{5, -1, 7}));
 }
 
+// Of 1.8 * 62257300032767 no digit but the first behind the point is left to a double.
+TEST(MemNumeric, ShowsAWholeNumberWithTheDecimalsOfTheFactor) {
+  MemScalar member;
+  member.setScaling({32767, 0, 0});
+  member.setDisplayScaling(DisplayScaling(1.8, 0));
+  EXPECT_EQ(member.toPhysical(1'900'000'001), 112063140058980.6);
+}
+
 TEST(MemNumeric, ComparesFractionsOfAFloatingMember) {
   MemFloat member;
   member.setMin(-0.5);

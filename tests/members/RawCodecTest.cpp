@@ -629,6 +629,19 @@ const std::vector<IntegerCase> kIntegerCases = {
 INSTANTIATE_TEST_SUITE_P(Types, ReadInteger, testing::ValuesIn(kIntegerCases),
                          [](const auto& info) { return info.param.name; });
 
+TEST(RawCodec, ReadsEachTypeAsADouble) {
+  const auto read = [](NcType type, const std::string& hex) {
+    const double number = readDouble(type, bytesOf(hex).data(), Endianess::Big);
+    EXPECT_EQ(readDouble(type, reversed(bytesOf(hex)).data(), Endianess::Little), number);
+    return number;
+  };
+  EXPECT_EQ(read(NcType::Float, "BFC00000"), -1.5);
+  EXPECT_EQ(read(NcType::Double, "3FF8000000000001"), 0x1.8000000000001p0);
+  EXPECT_EQ(read(NcType::SignedLong, "FFFE"), -2);
+  EXPECT_EQ(read(NcType::UnsignedQuad, "FFFFFFFE"), 4294967294.0);
+  EXPECT_EQ(read(NcType::None, "FF"), 0);
+}
+
 TEST(RawCodec, LoadsAndStoresEachCountOfBytes) {
   const std::uint8_t bytes[8] = {0x81, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x88};
   constexpr std::uint64_t kBig[] = {0,

@@ -258,6 +258,7 @@ const std::vector<ShownCase> kShownCases = {
     {"SmallFactor",      5e-07,     0,      30,           0,        0.000015},
     {"LargeFactor",      1e+20,     0,      4,            0,        4e+20},
     {"TinyFactor",       1e-30,     0,      4,            0,        4e-30},
+    {"NearlyTooLarge",   3,         0,      2715730968681.27, 2,    8147192906043.81},
     {"AllDecimals",      0.7,       0,      3e-21,        21,       2.1e-21},  // the 22 that are exact
 };
 // clang-format on

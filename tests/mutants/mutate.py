@@ -98,8 +98,9 @@ def blank(text):
 
 
 def is_silent(line):
-    """True for lines that tests need not see: messages for developers, and what makes no code."""
-    return re.search(r"Logger::(trace|debug)|isTraced|isLogged|^\s*(#|//)|static_assert|using |"
+    """True for lines that tests need not see: messages for developers, memory that is asked for early
+    or given back, and what makes no code."""
+    return re.search(r"Logger::(trace|debug)|isTraced|isLogged|shrink_to_fit|reserve\(|^\s*(#|//)|static_assert|using |"
                      r"namespace|template|constexpr|operator", line)
 
 
