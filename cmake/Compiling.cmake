@@ -22,6 +22,17 @@ if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env ${ccacheSettings} ${CCACHE_PROGRAM})
 endif()
 
+# For headers that take more time than what includes them.
+function(precompileHeaders target)
+  target_precompile_headers(${target} PRIVATE ${ARGN})
+  # For ccache, which has to see the precompiled header, and that it has not changed.
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+    target_compile_options(${target} PRIVATE "SHELL:-Xclang -fno-pch-timestamp")
+  else()
+    target_compile_options(${target} PRIVATE -fpch-preprocess)
+  endif()
+endfunction()
+
 # Linked privately into each of our targets, so that a project which includes this one keeps its own
 # warnings and instrumentation.
 add_library(korvat_compiling INTERFACE)
