@@ -1,8 +1,6 @@
 #include "korvat/convert/JsonConverter.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
 
 #include <boost/bind/bind.hpp>
 
@@ -10,6 +8,7 @@
 #include "korvat/base/Logger.h"
 #include "korvat/base/StringUtils.h"
 #include "korvat/convert/DynamicArrays.h"
+#include "korvat/convert/FieldBytes.h"
 #include "korvat/convert/StackPath.h"
 #include "korvat/members/MemAggregate.h"
 #include "korvat/members/MemBitfield.h"
@@ -31,18 +30,6 @@ using base::Logger;
 namespace {
 
 const std::string kInvalidKeyword = "invalid";
-
-// The bytes of the field at the context's position; zeros when it reaches beyond the buffer.
-std::array<std::uint8_t, 8> readRaw(const Member::Context& context, const Buffer& buffer,
-                                    unsigned byteCount) {
-  std::array<std::uint8_t, 8> bytes{};
-  const unsigned size = buffer.getSize();
-  // An empty buffer may have no data to point at, even for a field without bytes.
-  if (size != 0 && context.bytePos <= size && byteCount <= size - context.bytePos) {
-    std::memcpy(bytes.data(), buffer.getData() + context.bytePos, byteCount);
-  }
-  return bytes;
-}
 
 // An integer of a base type as a JSON integer of the same width and sign.
 void setInteger(json::Value& target, NcType ncType, std::int64_t raw) {
@@ -216,7 +203,7 @@ JsonConverter::TextRule JsonConverter::takeTextRule(Member::Context& context,
 
 void JsonConverter::writeScalar(Member::Context& context, const MemScalar& member,
                                 const Buffer& buffer, json::Value& target) const {
-  const auto bytes = readRaw(context, buffer, member.getByteCount());
+  const auto bytes = fieldAt(context, buffer, member.getByteCount());
   const std::int64_t raw = readInteger(member.getNcType(), bytes.data(), _endianess);
   const bool isInvalid = _typeManager->isSupportInvalidKeyword() && member.isInvalid(raw);
   if (isInvalid) {
@@ -235,7 +222,7 @@ void JsonConverter::writeScalar(Member::Context& context, const MemScalar& membe
 
 void JsonConverter::writeFloat(Member::Context& context, const MemFloat& member,
                                const Buffer& buffer, json::Value& target) const {
-  const auto bytes = readRaw(context, buffer, member.getByteCount());
+  const auto bytes = fieldAt(context, buffer, member.getByteCount());
   context.forgetArraySize();
   const double raw = readDouble(member.getNcType(), bytes.data(), _endianess);
   if (!member.isScalingIdentity()) {
@@ -249,7 +236,7 @@ void JsonConverter::writeFloat(Member::Context& context, const MemFloat& member,
 
 void JsonConverter::writeBitfield(const Member::Context& context, const MemBitfield& member,
                                   const Buffer& buffer, json::Value& target) const {
-  const std::int16_t raw = readBits(readRaw(context, buffer, 1)[0], member.getSlot());
+  const std::int16_t raw = readBits(fieldAt(context, buffer, 1)[0], member.getSlot());
   if (!member.isScalingIdentity()) {
     target.setValue(member.toPhysical(raw));
   } else if (member.getSlot().isSigned) {
@@ -261,7 +248,7 @@ void JsonConverter::writeBitfield(const Member::Context& context, const MemBitfi
 
 void JsonConverter::writeEnum(Member::Context& context, const MemEnum& member, const Buffer& buffer,
                               json::Value& target) {
-  const auto raw = static_cast<std::int8_t>(readRaw(context, buffer, 1)[0]);
+  const auto raw = static_cast<std::int8_t>(fieldAt(context, buffer, 1)[0]);
   const EnumType* type = findEnum(member);
   if (type != nullptr && type->hasFlags(BaseType::kCharEncoding)) {
     context.charEncoding = widthOfCharEncoding(raw);

@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <array>
-#include <cstring>
 
 #include <boost/bind/bind.hpp>
 
@@ -9,6 +7,7 @@
 #include "korvat/base/Logger.h"
 #include "korvat/base/StringUtils.h"
 #include "korvat/convert/DynamicArrays.h"
+#include "korvat/convert/FieldBytes.h"
 #include "korvat/convert/JsonConverter.h"
 #include "korvat/convert/LeafWriter.h"
 #include "korvat/convert/StackPath.h"
@@ -32,16 +31,6 @@ using base::Logger;
 namespace {
 
 const json::Value kNull;
-
-// The bytes of the field at the context's position; zeros when it reaches beyond the buffer.
-std::array<std::uint8_t, 8> fieldAt(const Member::Context& context, const Buffer& raw,
-                                    unsigned byteCount) {
-  std::array<std::uint8_t, 8> bytes{};
-  if (byteCount != 0 && std::uint64_t{context.bytePos} + byteCount <= raw.getSize()) {
-    std::memcpy(bytes.data(), raw.getData() + context.bytePos, byteCount);
-  }
-  return bytes;
-}
 
 }  // namespace
 
@@ -101,7 +90,7 @@ bool JsonConverter::toRaw(Member::Context& context, const Member& member, Buffer
   while (depth != 0 && depth < stack.size()) stack.pop_back();
   Logger::trace("[JsonConverter::toRaw] stack-size=%ld\n", static_cast<long>(stack.size()));
 
-  const bool isReferenced = context.pendingName != nullptr || context.isElementRoot;
+  const bool isReferenced = context.pendingName != nullptr;
   const std::string& key =
       context.pendingName != nullptr ? *context.pendingName : member.getProgName();
   context.pendingName = nullptr;
@@ -129,7 +118,7 @@ bool JsonConverter::convertMember(Member::Context& context, const Member& member
     case Member::Kind::Ref:
       // The root of the type takes the node's place: under the same key, or as the same element.
       context.isElementRoot = context.arrayIndex >= 0;
-      if (!context.isElementRoot) context.pendingName = &key;
+      context.pendingName = &key;
       return true;
     case Member::Kind::Aggregate:
       return checkObject(context, static_cast<const MemAggregate&>(member), node, stack);
@@ -319,7 +308,6 @@ JsonConverter::TextRule JsonConverter::foreseeTextRule(const Member::Context& co
                                                        const Buffer& raw) const {
   Member::Context ahead = context;
   ahead.advance(member.getByteCount());
-  selectCharSet(ahead, member);
   const auto onMember = [&](Member::Context& at, const Member& passed) {
     selectCharSet(at, passed);
     if (passed.getKind() != Member::Kind::Enum) return true;

@@ -746,6 +746,30 @@ TEST(PlannedConversion, LeavesDocumentsOfAnotherShapeToTheWalk) {
   }
 }
 
+TEST(PlannedConversion, TakesANumberOfEachKind) {
+  for (const std::string& xml : {
+           kByte,
+           test::scalar("signed long", test::scaling(5, -1, 0)),
+           test::scalar("signed long", test::scaling(5, 2, 0)),
+           test::floating("float"),
+           test::floating("double float", test::scaling(5, 0, 0)),
+           test::structure({{"b", test::bits(0, 4)}}),
+           test::reference("SNVT_alias_2"),
+       }) {
+    SCOPED_TRACE(xml);
+    test::OwnTypes types(xml);
+    PlanCheck check(types.manager(), test::typeOf(types));
+    ASSERT_TRUE(check.hasPlan());
+    const bool isPair = xml.find("alias") != std::string::npos;
+    const bool isField = xml.find("bitfield") != std::string::npos;
+    for (const std::string number : {"1", "1.5"}) {
+      EXPECT_TRUE(check.takes(isPair    ? "{\"a\":" + number + ",\"b\":0}"
+                              : isField ? "{\"b\":" + number + "}"
+                                        : number));
+    }
+  }
+}
+
 // A whole number that falls between two steps is rounded, halves away from zero; one with a
 // fraction is brought to the nearest step first, halves upward.
 TEST(PlannedConversion, RoundsToAStepAsTheWalkDoes) {

@@ -331,6 +331,16 @@ TEST(DynamicArrays, CountTextByTheEncodingThatIsInTheBuffer) {
             "failed: 0601");
 }
 
+TEST(DynamicArrays, CountTextByTheEncodingBehindAnotherEnumeration) {
+  OwnTypes types(structure({{"n", scalar("unsigned short")},
+                            {"power", enumeration("power_t")},
+                            {"encoding", enumeration("char_encoding_t")},
+                            {"text", scalar("unsigned char"), dynamicArray(0, 8)}}));
+  types.manager().setUseDynamicArrays(true);
+  EXPECT_EQ(patch(types, "000001", R"({"n":0,"text":"ABC"})"), "060001004100420043");
+  EXPECT_EQ(patch(types, "000100", R"({"n":0,"text":"ABC"})"), "030100414243");
+}
+
 TEST(DynamicArrays, AreCountedBehindAReference) {
   test::TempCatalogue files;
   files.write(TypeId::StdPrefix, "nvs",

@@ -517,6 +517,22 @@ TEST(JsonConverter, StopsAtAReferenceThatCannotBeResolved) {
   EXPECT_EQ(log.lines()[0].level, Logger::Warning);
 }
 
+TEST(JsonConverter, LooksForAMissingEnumerationInEachConversion) {
+  test::TempCatalogue files;
+  files.write(TypeId::StdPrefix, "nvs", test::nvt("_x", enumeration("power_t")));
+  TypeManager manager = files.makeManager();
+  const LogCapture quiet(Logger::Error);
+  const VarType* type = manager.getVarType(TypeId(ResourceType::Nv, "", "_x"));
+  ASSERT_NE(type, nullptr);
+  JsonConverter converter(&manager, *type, Endianess::Big, false);
+  json::Value value;
+  EXPECT_TRUE(converter.rawToJson(bytesOf("01"), value));
+  EXPECT_EQ(value.stringify(), "\"1\"");
+  files.write(TypeId::StdPrefix, "enums", test::sharedEnums());
+  EXPECT_TRUE(converter.rawToJson(bytesOf("01"), value));
+  EXPECT_EQ(value.stringify(), "\"PWR_ON\"");
+}
+
 TEST(JsonConverter, NamesTheFirstReferenceOfAChainThatEndsNowhere) {
   OwnTypes types(reference("SNVT_dangling"));
   const LogCapture log(Logger::Warning);
@@ -551,6 +567,19 @@ TEST(JsonConverter, GivesUpAStructureThatContainsItself) {
   EXPECT_FALSE(types.convert("01", value));
   EXPECT_EQ(log.texts(Logger::Warning),
             Lines{"[korvat] walk given up, members nested deeper than 256: " + place + "\n"});
+}
+
+TEST(JsonConverter, LeavesNothingOfAnEarlierValue) {
+  OwnTypes types("");
+  const LogCapture quiet(Logger::Error);
+  json::Value value("earlier");
+  EXPECT_FALSE(types.convert("01", value));
+  EXPECT_TRUE(value.isNull());
+  TypeManager manager("drv");
+  value.setValue("earlier");
+  EXPECT_FALSE(
+      JsonConverter(&manager, NvType(), Endianess::Big, false).rawToJson(bytesOf("01"), value));
+  EXPECT_TRUE(value.isNull());
 }
 
 TEST(JsonConverter, GivesUpAfterTooManyVisits) {

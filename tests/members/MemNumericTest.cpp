@@ -100,6 +100,20 @@ TEST(MemNumeric, ShowsAWholeNumberWithTheDecimalsOfTheFactor) {
   EXPECT_EQ(member.toPhysical(1'900'000'001), 112063140058980.6);
 }
 
+// Steps are those of the member, not of what is shown: -0.5 shown is a quarter below 0, two and a
+// half steps of a tenth. Snapped to a step, halves go upwards; only rounded, away from zero.
+TEST(MemNumeric, SnapsAShownNumberToTheStepsOfTheMember) {
+  MemScalar member;
+  member.setScaling({1, -1, 0});
+  member.setDisplayScaling(DisplayScaling(2, 0));
+  EXPECT_EQ(member.fromPhysical(-0.5, true), -2);
+  EXPECT_EQ(member.fromPhysical(-0.5, false), -3);
+
+  MemFloat floating;
+  floating.setDisplayScaling(DisplayScaling(2, 0));
+  EXPECT_EQ(floating.fromPhysical(0.5, true), 0.25);
+}
+
 TEST(MemNumeric, ComparesFractionsOfAFloatingMember) {
   MemFloat member;
   member.setMin(-0.5);
