@@ -22,8 +22,12 @@ if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env ${ccacheSettings} ${CCACHE_PROGRAM})
 endif()
 
-# For headers that take more time than what includes them.
+# For headers that take more time than what includes them. Optimised builds go without: g++ warns of
+# what it should not there, and so they show that every file includes what it needs.
 function(precompileHeaders target)
+  if(NOT CMAKE_BUILD_TYPE STREQUAL Debug)
+    return()
+  endif()
   target_precompile_headers(${target} PRIVATE ${ARGN})
   # For ccache, which has to see the precompiled header, and that it has not changed.
   if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
