@@ -98,6 +98,18 @@ TEST(JsonToRawUnion, LeavesItsBytesWhenNoAlternativeIsGiven) {
   EXPECT_EQ(log.texts(), Lines{"[JsonConverter::toRaw] expected object\n"});
 }
 
+TEST(JsonToRawUnion, PassesOverArraysThatAreNotGiven) {
+  OwnTypes types(structure(
+      {{"u", unionOf({{"list", scalar("unsigned short", arraySize(2))},
+                      {"rows", structure({{"x", scalar("unsigned short")}}, arraySize(2))},
+                      {"word", scalar("unsigned long")}})},
+       kAfter}));
+  const LogCapture log(Logger::Warning);
+  EXPECT_EQ(encode(types, R"({"u":{"word":258},"after":34})"), "010222");
+  EXPECT_EQ(encodeOver(types, "A5B6", R"({"u":{},"after":34})").raw, "A5B622");
+  EXPECT_EQ(log.texts(), Lines());
+}
+
 TEST(JsonToRawUnion, StartsEveryAlternativeAtItsFirstByte) {
   OwnTypes types(
       structure({{"first", scalar("unsigned short")},
